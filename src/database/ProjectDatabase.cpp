@@ -1,0 +1,161 @@
+#include "database/ProjectDatabase.h"
+
+#include "database/DatabaseError.h"
+#include "database/Transaction.h"
+
+#include <QAtomicInt>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSqlError>
+#include <QSqlQuery>
+
+namespace kilnova {
+
+namespace {
+
+QString nextConnectionName()
+{
+    static QAtomicInt counter;
+    return QStringLiteral("kilnova-%1").arg(counter.fetchAndAddRelaxed(1));
+}
+
+QString describe(const QSqlError& error)
+{
+    QString text = error.databaseText();
+    if (text.isEmpty())
+        text = error.driverText();
+    return text;
+}
+
+/// The tables a file must hold to be taken for a project database.
+void checkSchema(ProjectDatabase& db)
+{
+    QSqlQuery query = db.exec(QStringLiteral("SELECT name FROM sqlite_master WHERE type = 'table'"));
+    QStringList present;
+    while (query.next())
+        present << query.value(0).toString();
+    for (const TableDef& t : Schema::tables()) {
+        if (!present.contains(t.name, Qt::CaseInsensitive))
+            throw DatabaseError(
+                QStringLiteral("%1 is not a Kilnova project database (it has no table \"%2\").")
+                    .arg(QDir::toNativeSeparators(db.path()), t.name));
+    }
+}
+
+} // namespace
+
+ProjectDatabase::ProjectDatabase(QString path, QSqlDatabase db)
+    : mPath(std::move(path))
+    , mDb(std::move(db))
+{
+}
+
+ProjectDatabase::~ProjectDatabase()
+{
+    const QString name = mDb.connectionName();
+    mDb.close();
+    mDb = QSqlDatabase();
+    QSqlDatabase::removeDatabase(name);
+}
+
+QSqlDatabase ProjectDatabase::connect(const QString& path)
+{
+    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), nextConnectionName());
+    db.setDatabaseName(path);
+    db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=2000"));
+    if (!db.open()) {
+        const QString reason = describe(db.lastError());
+        const QString name = db.connectionName();
+        db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(name);
+        throw DatabaseError(QStringLiteral("The database %1 cannot be opened: %2")
+                                .arg(QDir::toNativeSeparators(path), reason));
+    }
+    return db;
+}
+
+std::unique_ptr<ProjectDatabase> ProjectDatabase::create(const QString& path)
+{
+    const QFileInfo target(path);
+    if (target.fileName().isEmpty())
+        throw DatabaseError(QStringLiteral("No database file name was given."));
+    if (!target.dir().exists())
+        throw DatabaseError(
+            QStringLiteral("The folder %1 does not exist.").arg(QDir::toNativeSeparators(target.path())));
+    if (target.exists() && !target.isWritable())
+        throw DatabaseError(QStringLiteral("%1 is read-only.").arg(QDir::toNativeSeparators(path)));
+
+    // Build the new database beside the target and put it in place only once it is complete, so a
+    // failure never costs the user the file that was there.
+    const QString building = path + QStringLiteral(".new");
+    QFile::remove(building);
+    {
+        std::unique_ptr<ProjectDatabase> db(new ProjectDatabase(building, connect(building)));
+        db->exec(QStringLiteral("PRAGMA foreign_keys = ON"));
+        try {
+            Transaction transaction(*db);
+            for (const QString& statement : Schema::creationStatements())
+                db->exec(statement);
+            transaction.commit();
+        } catch (...) {
+            db.reset();
+            QFile::remove(building);
+            throw;
+        }
+    }
+    if (QFile::exists(path) && !QFile::remove(path)) {
+        QFile::remove(building);
+        throw DatabaseError(QStringLiteral("%1 cannot be replaced.").arg(QDir::toNativeSeparators(path)));
+    }
+    if (!QFile::rename(building, path)) {
+        QFile::remove(building);
+        throw DatabaseError(
+            QStringLiteral("The database cannot be written as %1.").arg(QDir::toNativeSeparators(path)));
+    }
+    return open(path);
+}
+
+std::unique_ptr<ProjectDatabase> ProjectDatabase::open(const QString& path)
+{
+    const QFileInfo file(path);
+    if (path.isEmpty() || !file.exists() || !file.isFile())
+        throw DatabaseError(
+            QStringLiteral("The database file %1 does not exist.").arg(QDir::toNativeSeparators(path)));
+    if (!file.isReadable() || !file.isWritable())
+        throw DatabaseError(
+            QStringLiteral("The database file %1 is read-only.").arg(QDir::toNativeSeparators(path)));
+
+    // The driver would create a missing file; the checks above make sure there is one.
+    std::unique_ptr<ProjectDatabase> db(
+        new ProjectDatabase(file.absoluteFilePath(), connect(file.absoluteFilePath())));
+    db->exec(QStringLiteral("PRAGMA foreign_keys = ON"));
+    checkSchema(*db);
+    // Reading is not enough to notice another program's write lock; a project we cannot write to
+    // must not look connected.
+    db->exec(QStringLiteral("BEGIN IMMEDIATE"));
+    db->exec(QStringLiteral("ROLLBACK"));
+    return db;
+}
+
+QSqlQuery ProjectDatabase::exec(const QString& sql, const QVariantList& values)
+{
+    QSqlQuery query(mDb);
+    query.setForwardOnly(true);
+    if (!query.prepare(sql))
+        throw DatabaseError(describe(query.lastError()));
+    for (const QVariant& value : values)
+        query.addBindValue(value);
+    if (!query.exec())
+        throw DatabaseError(describe(query.lastError()));
+    return query;
+}
+
+long ProjectDatabase::count(Table table)
+{
+    QSqlQuery query =
+        exec(QStringLiteral("SELECT COUNT(*) FROM %1").arg(Schema::quoted(Schema::table(table).name)));
+    return query.next() ? query.value(0).toLongLong() : 0;
+}
+
+} // namespace kilnova

@@ -1,0 +1,175 @@
+#include "database/RecordTable.h"
+
+#include "database/DatabaseError.h"
+#include "database/ProjectDatabase.h"
+
+#include <QSqlQuery>
+#include <QSqlRecord>
+
+namespace kilnova {
+
+RecordTable::RecordTable(ProjectDatabase& db, Table table)
+    : mDb(db)
+    , mTable(table)
+{
+}
+
+const TableDef& RecordTable::definition() const
+{
+    return Schema::table(mTable);
+}
+
+long RecordTable::count() const
+{
+    return mDb.count(mTable);
+}
+
+std::vector<Record> RecordTable::select(const QString& where, const QVariantList& values,
+                                        const QString& order) const
+{
+    const TableDef& def = definition();
+    QStringList columns;
+    for (const QString& name : def.columnNames())
+        columns << Schema::quoted(name);
+    QString sql =
+        QStringLiteral("SELECT rowid, %1 FROM %2").arg(columns.join(", "), Schema::quoted(def.name));
+    if (!where.isEmpty())
+        sql += " WHERE " + where;
+    sql += " ORDER BY " + (order.isEmpty() ? QStringLiteral("rowid") : order + ", rowid");
+
+    QSqlQuery query = mDb.exec(sql, values);
+    std::vector<Record> records;
+    while (query.next()) {
+        Record record(mTable);
+        record.setRowId(query.value(0).toLongLong());
+        for (int c = 0; c < record.columnCount(); ++c)
+            record.setValue(c, query.value(c + 1));
+        records.push_back(std::move(record));
+    }
+    return records;
+}
+
+std::vector<Record> RecordTable::all(bool orderByName) const
+{
+    return select({}, {}, orderByName ? QStringLiteral("[Name]") : QString());
+}
+
+QStringList RecordTable::names() const
+{
+    QSqlQuery query = mDb.exec(
+        QStringLiteral("SELECT [Name] FROM %1 ORDER BY rowid").arg(Schema::quoted(definition().name)));
+    QStringList result;
+    while (query.next())
+        result << query.value(0).toString();
+    return result;
+}
+
+QString RecordTable::keyCondition() const
+{
+    return definition().key == KeyKind::NameAndSource ? QStringLiteral("[Name] = ? AND [Source] = ?")
+                                                      : QStringLiteral("[Name] = ?");
+}
+
+QVariantList RecordTable::keyValues(const RecordKey& key) const
+{
+    if (definition().key == KeyKind::NameAndSource)
+        return {key.name, key.source};
+    return {key.name};
+}
+
+std::optional<Record> RecordTable::find(const RecordKey& key) const
+{
+    std::vector<Record> found = findAll(key);
+    if (found.empty())
+        return std::nullopt;
+    return std::move(found.front());
+}
+
+std::vector<Record> RecordTable::findAll(const RecordKey& key) const
+{
+    return select(keyCondition(), keyValues(key), {});
+}
+
+Record RecordTable::add(const Record& record)
+{
+    if (record.table() != mTable)
+        throw DatabaseError(
+            QStringLiteral("A record of another table cannot be added to %1.").arg(definition().name));
+    const TableDef& def = definition();
+    QStringList columns, marks;
+    QVariantList values;
+    for (int c = 0; c < record.columnCount(); ++c) {
+        columns << Schema::quoted(def.columns[static_cast<std::size_t>(c)].name);
+        marks << QStringLiteral("?");
+        values << record.value(c);
+    }
+    try {
+        QSqlQuery query = mDb.exec(QStringLiteral("INSERT INTO %1 (%2) VALUES (%3)")
+                                       .arg(Schema::quoted(def.name), columns.join(", "), marks.join(", ")),
+                                   values);
+        Record stored = record;
+        stored.setRowId(query.lastInsertId().toLongLong());
+        return stored;
+    } catch (const DatabaseError& e) {
+        throw DatabaseError(readableError(e.message(), &record));
+    }
+}
+
+void RecordTable::update(const Record& record)
+{
+    if (record.table() != mTable || !record.rowId())
+        throw DatabaseError(
+            QStringLiteral("Only a record read from %1 can be changed there.").arg(definition().name));
+    const TableDef& def = definition();
+    QStringList assignments;
+    QVariantList values;
+    for (int c = 0; c < record.columnCount(); ++c) {
+        assignments << Schema::quoted(def.columns[static_cast<std::size_t>(c)].name) + " = ?";
+        values << record.value(c);
+    }
+    values << *record.rowId();
+    try {
+        QSqlQuery query = mDb.exec(QStringLiteral("UPDATE %1 SET %2 WHERE rowid = ?")
+                                       .arg(Schema::quoted(def.name), assignments.join(", ")),
+                                   values);
+        if (query.numRowsAffected() != 1)
+            throw DatabaseError(QStringLiteral("The record \"%1\" is no longer in the %2 table.")
+                                    .arg(record.name(), def.name));
+    } catch (const DatabaseError& e) {
+        throw DatabaseError(readableError(e.message(), &record));
+    }
+}
+
+int RecordTable::remove(const RecordKey& key)
+{
+    QSqlQuery query = mDb.exec(
+        QStringLiteral("DELETE FROM %1 WHERE %2").arg(Schema::quoted(definition().name), keyCondition()),
+        keyValues(key));
+    return query.numRowsAffected();
+}
+
+void RecordTable::removeAll()
+{
+    mDb.exec(QStringLiteral("DELETE FROM %1").arg(Schema::quoted(definition().name)));
+}
+
+QString RecordTable::readableError(const QString& engineText, const Record* record) const
+{
+    const QString table = definition().name;
+    const QString name = record ? record->name() : QString();
+    if (engineText.contains(QLatin1String("UNIQUE constraint failed")))
+        return QStringLiteral("The %1 table already holds a record named \"%2\".").arg(table, name);
+    if (engineText.contains(QLatin1String("FOREIGN KEY constraint failed")))
+        return QStringLiteral("The %1 record \"%2\" has no matching blast.").arg(table, name);
+    if (engineText.contains(QLatin1String("CHECK constraint failed")))
+        return QStringLiteral("A text column of the %1 record \"%2\" is empty or longer than %3 characters.")
+            .arg(table, name)
+            .arg(Schema::kTextLength);
+    if (engineText.contains(QLatin1String("NOT NULL constraint failed")))
+        return QStringLiteral("A column of the %1 record \"%2\" has no value.").arg(table, name);
+    if (engineText.contains(QLatin1String("cannot store")))
+        return QStringLiteral("A value of the %1 record \"%2\" is not a number.").arg(table, name);
+    return engineText;
+}
+
+} // namespace kilnova

@@ -1,0 +1,24 @@
+#pragma once
+
+namespace kilnova {
+
+class ProjectDatabase;
+
+/// Everything between construction and commit() happens completely or not at all: a guard that is
+/// destroyed without commit() rolls back.
+class Transaction final {
+public:
+    explicit Transaction(ProjectDatabase& db);
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    /// Throws DatabaseError when the engine refuses (disk full, locked); the guard then rolls back.
+    void commit();
+
+private:
+    ProjectDatabase& mDb;
+    bool mOpen = true;
+};
+
+} // namespace kilnova

@@ -1,0 +1,255 @@
+#include "ui/CMainFrame.h"
+
+#include "project/CKilnovaDoc.h"
+#include "ui/CChemicalEquationsParms.h"
+#include "ui/CClinkerProcess.h"
+#include "ui/CKilnovaView.h"
+#include "ui/GuiPrompt.h"
+#include "ui/RecentFiles.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDir>
+#include <QFileInfo>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QStatusBar>
+
+namespace kilnova {
+
+namespace {
+const QString kProjectFilter = QStringLiteral("Kilnova Files (*.knv)");
+}
+
+CMainFrame::CMainFrame(CKilnovaDoc& doc, std::unique_ptr<UserPrompt> prompt, QWidget* parent)
+    : QMainWindow(parent)
+    , mDoc(doc)
+    , mPrompt(prompt ? std::move(prompt) : std::make_unique<GuiPrompt>(this))
+    , mView(new CKilnovaView(doc))
+{
+    setCentralWidget(mView);
+    setAcceptDrops(true);
+    registerHandlers();
+    buildMenus();
+    statusBar()->showMessage(tr("Ready"));
+    afterCommand();
+}
+
+CMainFrame::~CMainFrame() = default;
+
+void CMainFrame::buildMenus()
+{
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    file->addAction(tr("&New"), QKeySequence::New, this, &CMainFrame::newProject);
+    file->addAction(tr("&Open..."), QKeySequence::Open, this, &CMainFrame::openProjectDialog);
+    file->addAction(tr("&Save"), QKeySequence::Save, this, &CMainFrame::save);
+    file->addAction(tr("Save &As..."), QKeySequence::SaveAs, this, &CMainFrame::saveAs);
+    file->addSeparator();
+    mRecentMenu = file->addMenu(tr("Recent Files"));
+    file->addSeparator();
+    file->addAction(tr("E&xit"), QKeySequence::Quit, this, &QWidget::close);
+
+    // Database, Import, Settings and Optimize hold the command table, submenus as the paths say.
+    std::map<QString, QMenu*> menus;
+    for (const CommandInfo& command : CommandTable::commands()) {
+        QString key;
+        QMenu* menu = nullptr;
+        for (int i = 0; i + 1 < command.menuPath.size(); ++i) {
+            key += "/" + command.menuPath[i];
+            auto found = menus.find(key);
+            if (found == menus.end()) {
+                QMenu* created =
+                    menu ? menu->addMenu(command.menuPath[i]) : menuBar()->addMenu(command.menuPath[i]);
+                found = menus.emplace(key, created).first;
+            }
+            menu = found->second;
+        }
+        QAction* action = menu->addAction(command.menuPath.last());
+        action->setData(static_cast<int>(command.id));
+        action->setStatusTip(command.statusTip);
+        const CommandId id = command.id;
+        connect(action, &QAction::triggered, this, [this, id] { runCommand(id); });
+        mActions[id] = action;
+    }
+
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    help->addAction(tr("&About Kilnova"), this, [this] {
+        QMessageBox::about(this, tr("About Kilnova"),
+                           tr("<b>Kilnova</b> %1<br>Raw-material planning for the cement plant.")
+                               .arg(QApplication::applicationVersion()));
+    });
+    updateRecentFiles();
+}
+
+void CMainFrame::registerHandlers()
+{
+    // One line per command: the window only routes; the document and the dialogs do the work.
+    mHandlers[CommandId::DatabaseCreate] = [this] {
+        mDoc.createDatabase(*mPrompt);
+    };
+    mHandlers[CommandId::DatabaseConnect] = [this] {
+        mDoc.connectDatabase(*mPrompt);
+    };
+    mHandlers[CommandId::DatabaseStatus] = [this] {
+        mDoc.showStatus(*mPrompt);
+    };
+    mHandlers[CommandId::ChemicalEquationParameters] = [this] {
+        editChemicalEquations();
+    };
+    mHandlers[CommandId::ClinkerProcessParameters] = [this] {
+        editClinkerProcess();
+    };
+}
+
+QAction* CMainFrame::commandAction(CommandId id) const
+{
+    const auto found = mActions.find(id);
+    return found == mActions.end() ? nullptr : found->second;
+}
+
+void CMainFrame::runCommand(CommandId id)
+{
+    if (const std::optional<QString> refusal = CommandTable::refusal(id, mDoc)) {
+        mPrompt->showMessage(*refusal, UserPrompt::Icon::Information, {});
+        return;
+    }
+    const auto handler = mHandlers.find(id);
+    if (handler != mHandlers.end())
+        handler->second();
+    afterCommand();
+}
+
+void CMainFrame::editChemicalEquations()
+{
+    CChemicalEquationsParms dialog(*mPrompt, this);
+    if (dialog.exec() == QDialog::Accepted)
+        mDoc.setModified();
+}
+
+void CMainFrame::editClinkerProcess()
+{
+    CClinkerProcess dialog(mDoc.settings().clinkerProcess, *mPrompt, this);
+    // Its values reach the file with the next save; the dialog alone does not mark the project modified.
+    if (dialog.exec() == QDialog::Accepted)
+        mDoc.setClinkerProcess(dialog.parameters());
+}
+
+void CMainFrame::afterCommand()
+{
+    setWindowTitle(mDoc.displayName() + QStringLiteral("[*] - Kilnova"));
+    setWindowModified(mDoc.isModified());
+    mView->refresh();
+}
+
+void CMainFrame::newProject()
+{
+    if (!maybeSave())
+        return;
+    mDoc.newDocument();
+    afterCommand();
+}
+
+void CMainFrame::openProjectDialog()
+{
+    UserPrompt::FileRequest request;
+    request.title = tr("Open");
+    request.filter = kProjectFilter;
+    request.defaultSuffix = QStringLiteral("knv");
+    request.initialPath = mDoc.filePath();
+    if (const std::optional<QString> path = mPrompt->chooseFile(request))
+        openProject(*path);
+}
+
+bool CMainFrame::openProject(const QString& path)
+{
+    if (!maybeSave())
+        return false;
+    const bool opened = mDoc.openDocument(path, *mPrompt);
+    if (opened)
+        RecentFiles().add(path);
+    else if (!QFileInfo::exists(path))
+        RecentFiles().remove(path);
+    updateRecentFiles();
+    afterCommand();
+    return opened;
+}
+
+bool CMainFrame::save()
+{
+    if (mDoc.filePath().isEmpty())
+        return saveAs();
+    const bool saved = mDoc.saveDocument(mDoc.filePath(), *mPrompt);
+    afterCommand();
+    return saved;
+}
+
+bool CMainFrame::saveAs()
+{
+    UserPrompt::FileRequest request;
+    request.title = tr("Save As");
+    request.filter = kProjectFilter;
+    request.defaultSuffix = QStringLiteral("knv");
+    request.initialPath =
+        mDoc.filePath().isEmpty() ? QDir::home().filePath(QStringLiteral("Untitled.knv")) : mDoc.filePath();
+    request.forSaving = true;
+    const std::optional<QString> path = mPrompt->chooseFile(request);
+    if (!path)
+        return false;
+    const bool saved = mDoc.saveDocument(*path, *mPrompt);
+    if (saved) {
+        RecentFiles().add(*path);
+        updateRecentFiles();
+    }
+    afterCommand();
+    return saved;
+}
+
+bool CMainFrame::maybeSave()
+{
+    if (!mDoc.isModified())
+        return true;
+    const auto answer = QMessageBox::question(
+        this, QStringLiteral("Kilnova"), tr("Save changes to %1?").arg(mDoc.displayName()),
+        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
+    if (answer == QMessageBox::Cancel)
+        return false;
+    return answer == QMessageBox::Discard || save();
+}
+
+void CMainFrame::updateRecentFiles()
+{
+    mRecentMenu->clear();
+    const QStringList files = RecentFiles().files();
+    for (int i = 0; i < files.size(); ++i) {
+        const QString path = files[i];
+        mRecentMenu->addAction(QStringLiteral("&%1 %2").arg(i + 1).arg(QDir::toNativeSeparators(path)), this,
+                               [this, path] { openProject(path); });
+    }
+    mRecentMenu->setEnabled(!files.isEmpty());
+}
+
+void CMainFrame::closeEvent(QCloseEvent* event)
+{
+    if (maybeSave())
+        event->accept();
+    else
+        event->ignore();
+}
+
+void CMainFrame::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void CMainFrame::dropEvent(QDropEvent* event)
+{
+    const QList<QUrl> urls = event->mimeData()->urls();
+    if (!urls.isEmpty() && urls.first().isLocalFile()) {
+        event->acceptProposedAction();
+        openProject(urls.first().toLocalFile());
+    }
+}
+
+} // namespace kilnova

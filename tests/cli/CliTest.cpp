@@ -1,0 +1,112 @@
+#include "database/ProjectDatabase.h"
+#include "database/RecordTable.h"
+#include "project/ProjectFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace kilnova {
+namespace {
+
+struct CliRun {
+    int status;
+    QString out;
+    QString err;
+};
+
+class CliTest : public testing::Test {
+protected:
+    CliRun run(const QStringList& args)
+    {
+        QProcess p;
+        p.setWorkingDirectory(mDir.path());
+        p.start(QStringLiteral(KILNOVA_CLI), args);
+        EXPECT_TRUE(p.waitForFinished(30000));
+        return {p.exitCode(), QString::fromUtf8(p.readAllStandardOutput()),
+                QString::fromUtf8(p.readAllStandardError())};
+    }
+    QString path(const QString& name) const { return QDir::cleanPath(mDir.filePath(name)); }
+    QTemporaryDir mDir;
+};
+
+TEST_F(CliTest, CreateThenStatusPrintTheCounts)
+{
+    const QString expected =
+        QStringLiteral("Connected database name: %1\nNumber of records in Blast table: 0\n"
+                       "Number of records in Stockpile table: 4\nNumber of records in Crude "
+                       "table: 0\nNumber of records in Clinker table: 0\nNumber of records in "
+                       "Additives table: 0\nNumber of records in Coal table: 0\n")
+            .arg(path("plant.kndb"));
+    const CliRun created = run({"create", "plant.kndb"});
+    EXPECT_EQ(created.status, 0) << created.err.toStdString();
+    EXPECT_EQ(created.out, expected);
+    const CliRun status = run({"status", "plant.kndb"});
+    EXPECT_EQ(status.status, 0);
+    EXPECT_EQ(status.out, expected);
+
+    const CliRun again = run({"create", "plant.kndb"});
+    EXPECT_EQ(again.status, 1) << "an existing database is not replaced without --force";
+    EXPECT_TRUE(again.err.contains("--force"));
+}
+
+TEST_F(CliTest, FailuresPrintTheMessageAndExitNonZero)
+{
+    QFile junk(path("junk.kndb"));
+    ASSERT_TRUE(junk.open(QIODevice::WriteOnly));
+    junk.write("not a database at all");
+    junk.close();
+
+    struct Case {
+        QStringList args;
+        int status;
+        const char* errorStart;
+    };
+    const std::vector<Case> cases = {
+        {{"status", "junk.kndb"},
+         1,
+         "Error, cannot connect to the project database, try connecting manually to it.\n"},
+        {{"status", "missing.kndb"},
+         1,
+         "Error, cannot connect to the project database, try connecting manually to it.\n"},
+        {{"project", "show", "junk.kndb"}, 1, "The project "},
+        {{"create", "no/such/dir/p.kndb"}, 1, "Error: This database cannot be overwritten.\n"},
+        {{"frobnicate"}, 2, "kilnova-cli: unknown command"},
+        {{"project", "new", "p.knv"}, 2, "kilnova-cli: project new needs"},
+    };
+    for (const Case& c : cases) {
+        const CliRun r = run(c.args);
+        EXPECT_EQ(r.status, c.status) << c.args.join(' ').toStdString();
+        EXPECT_TRUE(r.err.startsWith(c.errorStart))
+            << c.args.join(' ').toStdString() << ": " << r.err.toStdString();
+        EXPECT_TRUE(r.out.isEmpty()) << c.args.join(' ').toStdString();
+    }
+    EXPECT_FALSE(QFile::exists(path("missing.kndb")));
+    EXPECT_FALSE(QFile::exists(path("p.knv")));
+}
+
+TEST_F(CliTest, ProjectNewWritesADefaultDocumentThatShowPrints)
+{
+    const CliRun made = run({"project", "new", "plant.knv", "--db", "plant.kndb"});
+    ASSERT_EQ(made.status, 0) << made.err.toStdString();
+    const ProjectFile::Loaded loaded = ProjectFile::load(path("plant.knv"));
+    ProjectSettings expected;
+    expected.databasePath = path("plant.kndb");
+    EXPECT_EQ(loaded.settings, expected);
+    EXPECT_FALSE(loaded.chemistryDefaulted);
+
+    const CliRun shown = run({"project", "show", "plant.knv"});
+    ASSERT_EQ(shown.status, 0);
+    QJsonParseError error;
+    const QJsonDocument json = QJsonDocument::fromJson(shown.out.toUtf8(), &error);
+    ASSERT_EQ(error.error, QJsonParseError::NoError) << shown.out.toStdString();
+    EXPECT_EQ(json.object().value("databasePath").toString(), path("plant.kndb"));
+}
+
+} // namespace
+} // namespace kilnova
