@@ -1,6 +1,10 @@
 #include "cli/CliCommands.h"
 
 #include "cli/CliPrompt.h"
+#include "cli/CombineCommand.h"
+#include "cli/DemoCommand.h"
+#include "cli/ImportCommand.h"
+#include "cli/OptimizeCommand.h"
 #include "common/MessageTable.h"
 #include "database/DatabaseError.h"
 #include "database/ProjectDatabase.h"
@@ -24,6 +28,12 @@ Commands:
   status DB                           show the record counts of a project database
   project new PROJECT.knv --db DB     write a project with default settings that uses database DB
   project show PROJECT.knv            print every setting stored in a project as JSON
+  combine PROJECT.knv (--select NAME... | --all)
+                                      report the pairs of blasts that meet the project's combination targets
+  demo DIR [--force]                  build the demo project DIR/demo.knv and its database DIR/demo.kndb
+  import blasts|stockpiles PROJECT.knv FILE [--sheet NAME | --range NAME | --cells RANGE]
+                                      import a text file with the project's layout, or a workbook
+                                      (.xls, .xlsx, .csv) by its headings, from its first sheet unless told
 )";
 
 QString absolute(const QString& path)
@@ -43,7 +53,7 @@ int CliCommands::usage(const QString& problem)
 {
     if (!problem.isEmpty())
         mErr << "kilnova-cli: " << problem << '\n';
-    mErr << kUsage;
+    mErr << kUsage << OptimizeCommand::usage();
     mErr.flush();
     return 2;
 }
@@ -62,8 +72,22 @@ int CliCommands::run(const QStringList& arguments)
         return projectNew(rest.mid(1));
     if (command == "project" && !rest.isEmpty() && rest.first() == "show")
         return projectShow(rest.mid(1));
+    if (command == "optimize")
+        return OptimizeCommand(mOut, mErr).run(rest);
+    if (command == "demo")
+        return DemoCommand(mOut, mErr).run(rest);
+    if (command == "combine") {
+        CombineCommand combine(mOut, mErr);
+        const int status = combine.run(rest);
+        return status == CombineCommand::kWrongUsage ? usage(combine.problem()) : status;
+    }
+    if (command == "import") {
+        ImportCommand import(mOut, mErr);
+        const int status = import.run(rest);
+        return status == ImportCommand::kWrongUsage ? usage(import.problem()) : status;
+    }
     if (command == "--help" || command == "-h" || command == "help") {
-        mOut << kUsage;
+        mOut << kUsage << OptimizeCommand::usage();
         return 0;
     }
     return usage(QStringLiteral("unknown command \"%1\"").arg(arguments.join(' ')));

@@ -46,6 +46,35 @@ const QHash<int, QString>& table()
                         "at least %d blasts are needed")},
         {29301, QStringLiteral("%d successful combinations of %d blasts were found")},
 
+        {29900, QStringLiteral("Please, select at least 2 sources")},
+        {29901, QStringLiteral("A constraint on this variable has already been set")},
+        {29902, QStringLiteral("You cannot add a constraint on the optimized element in Target mode")},
+        {29903, QStringLiteral("The optimization system could not be initialized")},
+        {29904, QStringLiteral("The optimization set of constraints could not be processed correctly")},
+        {29905,
+         QStringLiteral("The system cannot reach an optimum, it is unbounded given the set of constraints")},
+        {29906,
+         QStringLiteral("The system cannot reach an optimum, it is infeasible given the set of constraints")},
+        {29907, QStringLiteral("Error, impossible to derive an optimal solution out of this system")},
+        {29908, QStringLiteral("Enter a name for this stockpile")},
+        {29909,
+         QStringLiteral("Would you like to update the source records by subtracting the quantities (Blast, "
+                        "Stockpile, Crude, Coal) taken by this optimisation?")},
+
+        {29950,
+         QStringLiteral("This operation will PERMANENTLY update the records of the Blast table with the "
+                        "current blast data that may have been modified by previous Combination "
+                        "operations.\n\n Are you sure you want to proceed ?")},
+        {30800,
+         QStringLiteral("A combination of two blasts can meet the tonnage and one chemistry target only. "
+                        "Remove all targets but one, then combine again.")},
+        {30801, QStringLiteral("Choose a property for \"%1\", then combine again.")},
+        {30802, QStringLiteral("A target on %1 is already set; use Modify to change its value.")},
+        {30803, QStringLiteral("No target is set on %1.")},
+        {30804,
+         QStringLiteral("The blast \"%1\" is not in the list of sources: it is not in the Blast table, "
+                        "has no tonnes left or lies outside the coordinate filter.")},
+
         {30000, QStringLiteral("Kilnova project databases (*.kndb)")},
         {30001,
          QStringLiteral("Connected database name: %1\nNumber of records in Blast table: %2\nNumber of "
@@ -60,6 +89,26 @@ const QHash<int, QString>& table()
         {30005, QStringLiteral("The project cannot be saved as %1.")},
         {30006, QStringLiteral("Save changes to %1?")},
         {30007, QStringLiteral("The database operation failed; nothing was changed.")},
+        {30700, QStringLiteral("Excel workbooks (*.xlsx);;Comma-separated values (*.csv)")},
+        {30701, QStringLiteral("The import from %1 stopped at %2: %3\nRecords imported before that point and "
+                               "kept: %4.")},
+        {30702, QStringLiteral("The import from %1 stopped at %2: %3\nNothing was imported.")},
+        {30703, QStringLiteral("The file %1 cannot be opened: %2")},
+        {30704, QStringLiteral("%1 is not a text file. Nothing was imported.")},
+        {30705, QStringLiteral("The workbook %1 cannot be read: %2")},
+        {30706, QStringLiteral("No records were imported: the file %1 holds no complete line.")},
+        {30101, QStringLiteral("A name must have between 1 and %1 characters.")},
+        {30100,
+         QStringLiteral("The blast \"%1\" is no longer in the Blast table; refresh the list of sources.")},
+        {30300, QStringLiteral("Enter a value for %1.")},
+        {30301, QStringLiteral("%1 may hold at most 50 characters; \"%2\" has %3.")},
+        {30302, QStringLiteral("%1 must be a number; \"%2\" is not one.")},
+        {30303, QStringLiteral("The %1 table already holds a record named \"%2\".")},
+        {30304, QStringLiteral("The database file %1 is no longer there, so nothing was written. Connect the "
+                               "project to its database again.")},
+        {30305, QStringLiteral("The record \"%1\" was not saved: %2")},
+        {30306, QStringLiteral("No record was deleted: %1")},
+        {30307, QStringLiteral("The %1 table cannot be read: %2")},
     };
     return texts;
 }

@@ -6,8 +6,8 @@
 
 namespace kilnova {
 
-/// Numbers of the system's own texts. Values 26500-29302 are the string table; 30000 and above are
-/// texts of this program's own that the string table has no number for.
+/// Numbers of the system's own texts. Values 26500-29302 are the string table (29900-29999 hold the
+/// system's texts whose numbers are not known); 30000 and above are texts of this program's own.
 enum class Msg : int {
     DatabaseDialogTitle = 26500,
     BlastFileDialogTitle = 26502,
@@ -34,6 +34,26 @@ enum class Msg : int {
     TooFewBlasts = 29300,
     SuccessfulCombinations = 29301,
 
+    // Texts of the system whose string-table numbers are not known.
+    SelectTwoSources = 29900,
+    ConstraintAlreadySet,
+    NoConstraintOnTargetElement,
+    CannotInitialize,
+    RowsInconsistent,
+    Unbounded,
+    Infeasible,
+    CannotDeriveOptimum,
+    StockpileNamePrompt,
+    SubtractQuantities,
+
+    // Blast combination analysis: the system's confirmation text, then texts of our own (30800-30899).
+    ConfirmUpdateBlastTable = 29950,
+    TooManyCombinationTargets = 30800,
+    CombinationPropertyMissing = 30801,
+    CombinationTargetAlreadySet = 30802,
+    CombinationTargetNotSet = 30803,
+    BlastNotInSourceList = 30804,
+
     // Texts of this program's own.
     DatabaseFileFilter = 30000,
     StatusReport,
@@ -43,6 +63,25 @@ enum class Msg : int {
     CannotSaveProject,
     SaveChangesQuestion,
     DatabaseOperationFailed,
+    // Import (30700-30799).
+    OtherWorkbookFilters = 30700,
+    ImportStopped,
+    ImportStoppedNothingKept,
+    CannotOpenImportFile,
+    NotATextFile,
+    CannotReadWorkbook,
+    NoCompleteLine,
+    SourceNoLongerThere = 30100,
+    InvalidRecordName,
+    // Table viewing and editing (30300-30399).
+    FieldEmpty = 30300,
+    FieldTooLong,
+    FieldNotANumber,
+    DuplicateRecordName,
+    DatabaseFileGone,
+    RecordNotSaved,
+    RecordsNotDeleted,
+    CannotReadTable,
 };
 
 /// The exact text of a message with %1, %2, ... filled in from args (numbers are formatted by the

@@ -1,25 +1,13 @@
 #pragma once
 
-#include <QString>
-
-#include <stdexcept>
+#include "common/UserError.h"
 
 namespace kilnova {
 
 /// A failure of the project database, caught at the command that met it and shown there.
-class DatabaseError : public std::runtime_error {
+class DatabaseError : public UserError {
 public:
-    explicit DatabaseError(const QString& message)
-        : std::runtime_error(message.toStdString())
-        , mMessage(message)
-    {
-    }
-
-    /// A sentence for the user.
-    const QString& message() const { return mMessage; }
-
-private:
-    QString mMessage;
+    using UserError::UserError;
 };
 
 } // namespace kilnova

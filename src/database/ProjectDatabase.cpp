@@ -53,6 +53,7 @@ ProjectDatabase::ProjectDatabase(QString path, QSqlDatabase db)
 
 ProjectDatabase::~ProjectDatabase()
 {
+    mPrepared.clear();
     const QString name = mDb.connectionName();
     mDb.close();
     mDb = QSqlDatabase();
@@ -149,6 +150,31 @@ QSqlQuery ProjectDatabase::exec(const QString& sql, const QVariantList& values)
     if (!query.exec())
         throw DatabaseError(describe(query.lastError()));
     return query;
+}
+
+void ProjectDatabase::forEachRow(const QString& sql, const QVariantList& values,
+                                 const std::function<void(const QSqlQuery&)>& row)
+{
+    std::unique_ptr<QSqlQuery>& query = mPrepared[sql];
+    if (!query) {
+        query = std::make_unique<QSqlQuery>(mDb);
+        query->setForwardOnly(true);
+        if (!query->prepare(sql)) {
+            const QString error = describe(query->lastError());
+            mPrepared.erase(sql);
+            throw DatabaseError(error);
+        }
+    }
+    for (qsizetype i = 0; i < values.size(); ++i)
+        query->bindValue(static_cast<int>(i), values[i]);
+    if (!query->exec()) {
+        const QString error = describe(query->lastError());
+        query->finish();
+        throw DatabaseError(error);
+    }
+    while (query->next())
+        row(*query);
+    query->finish();
 }
 
 long ProjectDatabase::count(Table table)

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QVariantList>
 
+#include <functional>
+#include <map>
 #include <memory>
 
 class QSqlQuery;
@@ -34,6 +36,11 @@ public:
     /// Runs one statement with bound values; returns the active query for reading. Throws DatabaseError.
     QSqlQuery exec(const QString& sql, const QVariantList& values = {});
 
+    /// Runs a query through a statement prepared once per connection and hands every row to `row`
+    /// before returning. `row` must not run the same statement again. Throws DatabaseError.
+    void forEachRow(const QString& sql, const QVariantList& values,
+                    const std::function<void(const QSqlQuery&)>& row);
+
     /// Number of records of a table.
     long count(Table table);
 
@@ -43,6 +50,8 @@ private:
 
     QString mPath;
     QSqlDatabase mDb;
+    /// Statements kept prepared for forEachRow; emptied before the connection closes.
+    std::map<QString, std::unique_ptr<QSqlQuery>> mPrepared;
 };
 
 } // namespace kilnova

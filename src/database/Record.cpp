@@ -1,5 +1,6 @@
 #include "database/Record.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace kilnova {
@@ -63,6 +64,15 @@ void Record::setValue(const QString& column, const QVariant& value)
     setValue(requireColumn(definition(), column), value);
 }
 
+Record Record::copiedTo(Table other) const
+{
+    Record copy(other);
+    const int columns = std::min(copy.columnCount(), columnCount());
+    for (int c = 0; c < columns; ++c)
+        copy.setValue(c, mValues[static_cast<std::size_t>(c)]);
+    return copy;
+}
+
 RecordKey Record::key() const
 {
     return {name(), definition().key == KeyKind::NameAndSource ? text(QStringLiteral("Source")) : QString()};
@@ -71,28 +81,20 @@ RecordKey Record::key() const
 Analysis Record::analysis() const
 {
     Analysis result = missingAnalysis();
-    const TableDef& def = definition();
-    for (int i = 0; i < kElementCount; ++i) {
-        const auto name = elementColumnName(i);
-        const int column =
-            def.columnIndex(QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size())));
-        if (column >= 0)
-            result[static_cast<std::size_t>(i)] =
-                static_cast<float>(mValues[static_cast<std::size_t>(column)].toDouble());
+    const auto& columns = definition().analysisColumns;
+    for (std::size_t k = 0; k < columns.size(); ++k) {
+        if (columns[k] >= 0)
+            result[k] = static_cast<float>(mValues[static_cast<std::size_t>(columns[k])].toDouble());
     }
     return result;
 }
 
 void Record::setAnalysis(const Analysis& analysis)
 {
-    const TableDef& def = definition();
-    for (int i = 0; i < kElementCount; ++i) {
-        const auto name = elementColumnName(i);
-        const int column =
-            def.columnIndex(QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size())));
-        if (column >= 0)
-            mValues[static_cast<std::size_t>(column)] =
-                static_cast<double>(analysis[static_cast<std::size_t>(i)]);
+    const auto& columns = definition().analysisColumns;
+    for (std::size_t k = 0; k < columns.size(); ++k) {
+        if (columns[k] >= 0)
+            mValues[static_cast<std::size_t>(columns[k])] = static_cast<double>(analysis[k]);
     }
 }
 

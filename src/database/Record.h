@@ -44,6 +44,10 @@ public:
     /// Sets the analysis columns the table has; the others are ignored.
     void setAnalysis(const Analysis& analysis);
 
+    /// A record of another table with this one's values copied column by column, by position (a
+    /// backup table and its working table have the same columns). No row id.
+    Record copiedTo(Table other) const;
+
     /// The row this record was read from, if it was read from the database.
     std::optional<qint64> rowId() const { return mRowId; }
     void setRowId(std::optional<qint64> rowId) { mRowId = rowId; }

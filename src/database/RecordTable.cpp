@@ -3,6 +3,7 @@
 #include "database/DatabaseError.h"
 #include "database/ProjectDatabase.h"
 
+#include <QHash>
 #include <QSqlQuery>
 #include <QSqlRecord>
 
@@ -27,25 +28,19 @@ long RecordTable::count() const
 std::vector<Record> RecordTable::select(const QString& where, const QVariantList& values,
                                         const QString& order) const
 {
-    const TableDef& def = definition();
-    QStringList columns;
-    for (const QString& name : def.columnNames())
-        columns << Schema::quoted(name);
-    QString sql =
-        QStringLiteral("SELECT rowid, %1 FROM %2").arg(columns.join(", "), Schema::quoted(def.name));
+    QString sql = definition().selectAll;
     if (!where.isEmpty())
         sql += " WHERE " + where;
     sql += " ORDER BY " + (order.isEmpty() ? QStringLiteral("rowid") : order + ", rowid");
 
-    QSqlQuery query = mDb.exec(sql, values);
     std::vector<Record> records;
-    while (query.next()) {
+    mDb.forEachRow(sql, values, [this, &records](const QSqlQuery& query) {
         Record record(mTable);
         record.setRowId(query.value(0).toLongLong());
         for (int c = 0; c < record.columnCount(); ++c)
             record.setValue(c, query.value(c + 1));
         records.push_back(std::move(record));
-    }
+    });
     return records;
 }
 
@@ -88,6 +83,31 @@ std::optional<Record> RecordTable::find(const RecordKey& key) const
 std::vector<Record> RecordTable::findAll(const RecordKey& key) const
 {
     return select(keyCondition(), keyValues(key), {});
+}
+
+std::vector<Record> RecordTable::findNames(const QStringList& names) const
+{
+    // SQLite allows 32,766 bound values per statement; a selection is far below that.
+    QVariantList values;
+    QStringList marks;
+    for (const QString& name : names) {
+        values << name;
+        marks << QStringLiteral("?");
+    }
+    std::vector<Record> found =
+        names.isEmpty() ? std::vector<Record>{}
+                        : select(QStringLiteral("[Name] IN (%1)").arg(marks.join(", ")), values, {});
+    // Names compare without regard to case, as the database's own index does.
+    QHash<QString, std::size_t> byName;
+    for (std::size_t i = found.size(); i-- > 0;)
+        byName.insert(found[i].name().toCaseFolded(), i);
+    std::vector<Record> ordered;
+    for (const QString& name : names) {
+        const auto at = byName.constFind(name.toCaseFolded());
+        if (at != byName.constEnd())
+            ordered.push_back(found[*at]);
+    }
+    return ordered;
 }
 
 Record RecordTable::add(const Record& record)
@@ -146,6 +166,16 @@ int RecordTable::remove(const RecordKey& key)
         QStringLiteral("DELETE FROM %1 WHERE %2").arg(Schema::quoted(definition().name), keyCondition()),
         keyValues(key));
     return query.numRowsAffected();
+}
+
+bool RecordTable::removeRecord(const Record& record)
+{
+    if (record.table() != mTable || !record.rowId())
+        return false;
+    QSqlQuery query =
+        mDb.exec(QStringLiteral("DELETE FROM %1 WHERE rowid = ?").arg(Schema::quoted(definition().name)),
+                 {*record.rowId()});
+    return query.numRowsAffected() == 1;
 }
 
 void RecordTable::removeAll()

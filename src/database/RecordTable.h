@@ -31,10 +31,16 @@ public:
     /// Every record with this key (a stockpile key may occur several times).
     std::vector<Record> findAll(const RecordKey& key) const;
 
+    /// The records with these names, in one query, in the order of the names; a name that is not
+    /// there is left out (the first record of a name that occurs twice is taken).
+    std::vector<Record> findNames(const QStringList& names) const;
+
     /// Adds a record; returns it as stored, with its row id.
     Record add(const Record& record);
     /// Writes every column of a record that was read from this table (found by its row id).
     void update(const Record& record);
+    /// Deletes the one row a record was read from; false if it is no longer there.
+    bool removeRecord(const Record& record);
     /// Deletes every record with this key; returns how many were deleted.
     int remove(const RecordKey& key);
     void removeAll();

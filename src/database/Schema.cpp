@@ -182,7 +182,22 @@ QStringList TableDef::columnNames() const
 
 const std::vector<TableDef>& Schema::tables()
 {
-    static const std::vector<TableDef> all = buildTables();
+    static const std::vector<TableDef> all = [] {
+        std::vector<TableDef> built = buildTables();
+        for (TableDef& t : built) {
+            QStringList columns;
+            for (const ColumnDef& c : t.columns)
+                columns << Schema::quoted(c.name);
+            t.selectAll =
+                QStringLiteral("SELECT rowid, %1 FROM %2").arg(columns.join(", "), Schema::quoted(t.name));
+            for (int k = 0; k < kElementCount; ++k) {
+                const auto name = elementColumnName(k);
+                t.analysisColumns[static_cast<std::size_t>(k)] =
+                    t.columnIndex(QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size())));
+            }
+        }
+        return built;
+    }();
     return all;
 }
 

@@ -4,6 +4,7 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <array>
 #include <optional>
 #include <vector>
 
@@ -47,6 +48,12 @@ struct TableDef {
     /// The table whose Name this one's Name follows (one-to-one, cascading updates and deletes).
     std::optional<Table> relatedTo;
     QString relationName;
+
+    /// Column of each of the 22 analysis values in element order, -1 where the table has none.
+    std::array<int, 22> analysisColumns{};
+
+    /// "SELECT rowid, [Name], ... FROM [Table]", built once.
+    QString selectAll = {};
 
     int columnIndex(const QString& column) const; ///< -1 when the table has no such column
     bool hasColumn(const QString& column) const { return columnIndex(column) >= 0; }

@@ -1,11 +1,19 @@
 #include "ui/CMainFrame.h"
 
+#include "common/MessageTable.h"
+#include "database/DatabaseError.h"
 #include "project/CKilnovaDoc.h"
+#include "ui/BackupDialog.h"
+#include "ui/BlastResultsWindow.h"
 #include "ui/CChemicalEquationsParms.h"
 #include "ui/CClinkerProcess.h"
+#include "ui/CCombineBlasts.h"
 #include "ui/CKilnovaView.h"
+#include "ui/COptimizeBlasts.h"
+#include "ui/GuiImportDialogs.h"
 #include "ui/GuiPrompt.h"
 #include "ui/RecentFiles.h"
+#include "ui/TableDialog.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -100,6 +108,50 @@ void CMainFrame::registerHandlers()
     mHandlers[CommandId::ClinkerProcessParameters] = [this] {
         editClinkerProcess();
     };
+    mHandlers[CommandId::ImportBlastText] = [this] {
+        GuiImportDialogs(this).importText(mDoc, ImportTarget::Blast, *mPrompt);
+    };
+    mHandlers[CommandId::ImportStockpileText] = [this] {
+        GuiImportDialogs(this).importText(mDoc, ImportTarget::Stockpile, *mPrompt);
+    };
+    mHandlers[CommandId::ImportBlastWorkbook] = [this] {
+        GuiImportDialogs(this).importWorkbook(mDoc, ImportTarget::Blast, *mPrompt);
+    };
+    mHandlers[CommandId::ImportStockpileWorkbook] = [this] {
+        GuiImportDialogs(this).importWorkbook(mDoc, ImportTarget::Stockpile, *mPrompt);
+    };
+    mHandlers[CommandId::OptimizeBlasts] = [this] {
+        optimizeBlasts();
+    };
+    mHandlers[CommandId::AnalyseBlastCombinations] = [this] {
+        CCombineBlasts::run(mDoc, *mPrompt, this);
+    };
+    mHandlers[CommandId::RestoreBlastBackup] = [this] {
+        restoreBackups(BackupRestore::Kind::Blasts);
+    };
+    mHandlers[CommandId::RestoreStockpileBackup] = [this] {
+        restoreBackups(BackupRestore::Kind::Stockpiles);
+    };
+    mHandlers[CommandId::DeleteBlastBackup] = [this] {
+        deleteBackups(BackupRestore::Kind::Blasts);
+    };
+    mHandlers[CommandId::DeleteStockpileBackup] = [this] {
+        deleteBackups(BackupRestore::Kind::Stockpiles);
+    };
+    mHandlers[CommandId::ViewBlasts] = TableDialog::viewCommand(mDoc, Table::Blast, *mPrompt, this);
+    mHandlers[CommandId::ViewAdditives] = TableDialog::viewCommand(mDoc, Table::Additives, *mPrompt, this);
+    mHandlers[CommandId::ViewStockpiles] = TableDialog::viewCommand(mDoc, Table::Stockpile, *mPrompt, this);
+    mHandlers[CommandId::ViewCrude] = TableDialog::viewCommand(mDoc, Table::Crude, *mPrompt, this);
+    mHandlers[CommandId::ViewClinker] = TableDialog::viewCommand(mDoc, Table::Clinker, *mPrompt, this);
+    mHandlers[CommandId::ViewCoal] = TableDialog::viewCommand(mDoc, Table::Coal, *mPrompt, this);
+    mHandlers[CommandId::ModifyBlasts] = TableDialog::modifyCommand(mDoc, Table::Blast, *mPrompt, this);
+    mHandlers[CommandId::ModifyAdditives] =
+        TableDialog::modifyCommand(mDoc, Table::Additives, *mPrompt, this);
+    mHandlers[CommandId::ModifyStockpiles] =
+        TableDialog::modifyCommand(mDoc, Table::Stockpile, *mPrompt, this);
+    mHandlers[CommandId::ModifyCrude] = TableDialog::modifyCommand(mDoc, Table::Crude, *mPrompt, this);
+    mHandlers[CommandId::ModifyClinker] = TableDialog::modifyCommand(mDoc, Table::Clinker, *mPrompt, this);
+    mHandlers[CommandId::ModifyCoal] = TableDialog::modifyCommand(mDoc, Table::Coal, *mPrompt, this);
 }
 
 QAction* CMainFrame::commandAction(CommandId id) const
@@ -125,6 +177,34 @@ void CMainFrame::editChemicalEquations()
     CChemicalEquationsParms dialog(*mPrompt, this);
     if (dialog.exec() == QDialog::Accepted)
         mDoc.setModified();
+}
+
+void CMainFrame::optimizeBlasts()
+{
+    auto showResults = [this](const BlastOptimization::Result& result) {
+        BlastResultsWindow window(result, mDoc, *mPrompt, this);
+        window.exec();
+    };
+    COptimizeBlasts dialog(*mDoc.database(), mDoc.settings().blastOptimization, *mPrompt, showResults, this);
+    if (dialog.exec() == QDialog::Accepted) {
+        mDoc.settings().blastOptimization = dialog.parameters();
+        mDoc.setModified();
+    }
+}
+
+void CMainFrame::restoreBackups(BackupRestore::Kind kind)
+{
+    BackupDialog dialog(*mDoc.database(), kind, *mPrompt, this);
+    dialog.exec();
+}
+
+void CMainFrame::deleteBackups(BackupRestore::Kind kind)
+{
+    try {
+        BackupRestore(*mDoc.database(), kind).deleteBackups();
+    } catch (const DatabaseError& e) {
+        mPrompt->showMessage(message(Msg::DatabaseOperationFailed), UserPrompt::Icon::Error, e.message());
+    }
 }
 
 void CMainFrame::editClinkerProcess()

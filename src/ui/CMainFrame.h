@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/UserPrompt.h"
+#include "database/BackupRestore.h"
 #include "project/CommandTable.h"
 
 #include <QMainWindow>
@@ -50,6 +51,9 @@ private:
     void updateRecentFiles();
     void editChemicalEquations();
     void editClinkerProcess();
+    void optimizeBlasts();
+    void restoreBackups(BackupRestore::Kind kind);
+    void deleteBackups(BackupRestore::Kind kind);
 
     CKilnovaDoc& mDoc;
     std::unique_ptr<UserPrompt> mPrompt;

@@ -1,3 +1,4 @@
+#include "CliFixture.h"
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
 #include "project/ProjectFile.h"
@@ -14,26 +15,7 @@
 namespace kilnova {
 namespace {
 
-struct CliRun {
-    int status;
-    QString out;
-    QString err;
-};
-
-class CliTest : public testing::Test {
-protected:
-    CliRun run(const QStringList& args)
-    {
-        QProcess p;
-        p.setWorkingDirectory(mDir.path());
-        p.start(QStringLiteral(KILNOVA_CLI), args);
-        EXPECT_TRUE(p.waitForFinished(30000));
-        return {p.exitCode(), QString::fromUtf8(p.readAllStandardOutput()),
-                QString::fromUtf8(p.readAllStandardError())};
-    }
-    QString path(const QString& name) const { return QDir::cleanPath(mDir.filePath(name)); }
-    QTemporaryDir mDir;
-};
+class CliTest : public CliFixture {};
 
 TEST_F(CliTest, CreateThenStatusPrintTheCounts)
 {

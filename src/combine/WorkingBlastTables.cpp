@@ -1,0 +1,186 @@
+#include "combine/WorkingBlastTables.h"
+
+#include "common/PrintfFormat.h"
+#include "database/DatabaseError.h"
+#include "database/ProjectDatabase.h"
+#include "database/RecordTable.h"
+#include "database/Schema.h"
+#include "database/Transaction.h"
+
+#include <QSqlError>
+#include <QSqlQuery>
+
+namespace kilnova {
+
+namespace {
+
+QString tableName(Table table)
+{
+    return Schema::quoted(Schema::table(table).name);
+}
+
+QString columnList(Table table, const QString& prefix = {})
+{
+    QStringList columns;
+    for (const QString& name : Schema::table(table).columnNames())
+        columns << prefix + Schema::quoted(name);
+    return columns.join(QStringLiteral(", "));
+}
+
+/// Copies every row of one table into another of the same columns, in table order.
+void copyRows(ProjectDatabase& db, Table from, Table to)
+{
+    db.exec(QStringLiteral("INSERT INTO %1 (%2) SELECT %2 FROM %3 ORDER BY rowid")
+                .arg(tableName(to), columnList(to), tableName(from)));
+}
+
+void deleteRows(ProjectDatabase& db, Table table)
+{
+    db.exec(QStringLiteral("DELETE FROM %1").arg(tableName(table)));
+}
+
+/// The filter has always compared against its bounds as printed with six decimals.
+double asPrinted(double bound)
+{
+    return formatPrintf("%lf", bound).toDouble();
+}
+
+} // namespace
+
+WorkingBlastTables::WorkingBlastTables(ProjectDatabase& db)
+    : mDb(db)
+{
+}
+
+void WorkingBlastTables::refresh()
+{
+    Transaction transaction(mDb);
+    deleteRows(mDb, Table::TempBlast);
+    deleteRows(mDb, Table::TempStdBlast);
+    copyRows(mDb, Table::Blast, Table::TempBlast);
+    copyRows(mDb, Table::StdBlast, Table::TempStdBlast);
+    transaction.commit();
+}
+
+void WorkingBlastTables::clearBlasts()
+{
+    Transaction transaction(mDb);
+    deleteRows(mDb, Table::TempBlast);
+    transaction.commit();
+}
+
+void WorkingBlastTables::writeBack()
+{
+    Transaction transaction(mDb);
+    deleteRows(mDb, Table::Blast);
+    copyRows(mDb, Table::TempBlast, Table::Blast);
+    deleteRows(mDb, Table::StdBlast);
+    copyRows(mDb, Table::TempStdBlast, Table::StdBlast);
+    transaction.commit();
+}
+
+std::vector<WorkingBlastTables::Source> WorkingBlastTables::sources(const CoordinateFilter* filter) const
+{
+    QString sql = QStringLiteral("SELECT [Name], [Quantity] FROM %1").arg(tableName(Table::TempBlast));
+    QVariantList bounds;
+    if (filter) {
+        sql += QStringLiteral(" WHERE [East] >= ? AND [East] <= ? AND [North] >= ? AND [North] <= ? AND "
+                              "[Elevation] >= ? AND [Elevation] <= ?");
+        for (double bound : {filter->eastMinimum, filter->eastMaximum, filter->northMinimum,
+                             filter->northMaximum, filter->elevationMinimum, filter->elevationMaximum})
+            bounds << asPrinted(bound);
+    }
+    sql += QStringLiteral(" ORDER BY rowid");
+    QSqlQuery query = mDb.exec(sql, bounds);
+    std::vector<Source> result;
+    while (query.next()) {
+        const double quantity = query.value(1).toDouble();
+        if (quantity > 0)
+            result.push_back({query.value(0).toString(), quantity});
+    }
+    return result;
+}
+
+std::optional<Record> WorkingBlastTables::blast(const QString& name) const
+{
+    return RecordTable(mDb, Table::TempBlast).find({name, {}});
+}
+
+std::optional<Record> WorkingBlastTables::deviations(const QString& name) const
+{
+    return RecordTable(mDb, Table::TempStdBlast).find({name, {}});
+}
+
+std::vector<BLASTSD> WorkingBlastTables::loadSeries(const QStringList& names) const
+{
+    const TableDef& blasts = Schema::table(Table::TempBlast);
+    const TableDef& deviations = Schema::table(Table::TempStdBlast);
+    const QString blastTable = tableName(Table::TempBlast);
+    const QString deviationTable = tableName(Table::TempStdBlast);
+    // LEFT JOIN so that a blast without deviations is told apart from a name that is not there.
+    const QString sql =
+        QStringLiteral("SELECT %1.[Quantity], %2, %3, %4.[Name] FROM %1 LEFT JOIN %4 ON %1.[Name] = "
+                       "%4.[Name] WHERE %1.[Name] = ?")
+            .arg(blastTable, columnList(Table::TempBlast, blastTable + "."),
+                 columnList(Table::TempStdBlast, deviationTable + "."), deviationTable);
+    QSqlQuery query(mDb.connection());
+    query.setForwardOnly(true);
+    if (!query.prepare(sql))
+        throw DatabaseError(query.lastError().databaseText());
+
+    const int firstValue = 1 + blasts.columnIndex(QStringLiteral("Titration"));
+    const int firstDeviation =
+        1 + static_cast<int>(blasts.columns.size()) + deviations.columnIndex(QStringLiteral("Titration"));
+    const int deviationName = 1 + static_cast<int>(blasts.columns.size() + deviations.columns.size());
+    std::vector<BLASTSD> series;
+    series.reserve(static_cast<std::size_t>(names.size()));
+    for (const QString& name : names) {
+        query.bindValue(0, name);
+        if (!query.exec())
+            throw DatabaseError(query.lastError().databaseText());
+        if (!query.next())
+            continue;
+        BLASTSD b;
+        b.Name = query.value(1 + blasts.columnIndex(QStringLiteral("Name"))).toString();
+        if (query.value(deviationName).isNull()) {
+            b.Quantity = 0.0;
+            b.Values = missingAnalysis();
+            b.StdDev.fill(-1.0f);
+        } else {
+            b.Quantity = query.value(0).toDouble();
+            for (int p = 0; p < kElementCount; ++p)
+                b.Values[static_cast<std::size_t>(p)] = query.value(firstValue + p).toFloat();
+            for (int d = 0; d < BLASTSD::kDeviationCount; ++d)
+                b.StdDev[static_cast<std::size_t>(d)] = query.value(firstDeviation + d).toFloat();
+        }
+        series.push_back(std::move(b));
+        query.finish();
+    }
+    return series;
+}
+
+QStringList WorkingBlastTables::takeOut(const CSuccessfulComb& pair)
+{
+    Transaction transaction(mDb);
+    RecordTable blasts(mDb, Table::TempBlast);
+    QStringList deleted;
+    for (int b = 0; b < CSuccessfulComb::kSize; ++b) {
+        const QString& name = pair.Names[static_cast<std::size_t>(b)];
+        std::optional<Record> record = blasts.find({name, {}});
+        if (!record)
+            continue;
+        const double remaining =
+            record->number(QStringLiteral("Quantity")) - pair.Quantities[static_cast<std::size_t>(b)];
+        if (remaining > 0) {
+            record->setValue(QStringLiteral("Quantity"), remaining);
+            blasts.update(*record);
+        } else {
+            blasts.remove({name, {}});
+            deleted << name;
+        }
+    }
+    transaction.commit();
+    return deleted;
+}
+
+} // namespace kilnova

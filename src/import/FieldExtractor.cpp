@@ -1,0 +1,66 @@
+#include "import/FieldExtractor.h"
+
+#include "common/Cp1252.h"
+
+#include <locale.h>
+
+#include <cstdlib>
+#include <cstring>
+
+namespace kilnova {
+
+namespace {
+
+/// The "C" locale, so that a decimal point is a point even where the user's locale says comma.
+locale_t cLocale()
+{
+    static const locale_t locale = newlocale(LC_ALL_MASK, "C", locale_t(nullptr));
+    return locale;
+}
+
+/// The cut, zero-terminated, in a buffer the conversion functions can read.
+struct Terminated {
+    char text[256];
+    explicit Terminated(QByteArrayView piece)
+    {
+        const qsizetype size = std::min<qsizetype>(piece.size(), sizeof text - 1);
+        std::memcpy(text, piece.data(), static_cast<std::size_t>(size));
+        text[size] = '\0';
+    }
+};
+
+} // namespace
+
+QByteArrayView FieldExtractor::cut(const char* line, int position, int length, bool* error)
+{
+    if (position < 1 || length < 1) {
+        if (error)
+            *error = true;
+        return {};
+    }
+    const std::size_t size = std::strlen(line);
+    const std::size_t start = static_cast<std::size_t>(position) - 1;
+    if (start >= size)
+        return {};
+    const std::size_t count = std::min(static_cast<std::size_t>(length), size - start);
+    return QByteArrayView(line + start, static_cast<qsizetype>(count));
+}
+
+QString FieldExtractor::text(const char* line, int position, int length, bool* error)
+{
+    return fromCp1252(cut(line, position, length, error));
+}
+
+double FieldExtractor::number(const char* line, int position, int length, bool* error)
+{
+    const Terminated value(cut(line, position, length, error));
+    return strtod_l(value.text, nullptr, cLocale());
+}
+
+int FieldExtractor::integer(const char* line, int position, int length, bool* error)
+{
+    const Terminated value(cut(line, position, length, error));
+    return static_cast<int>(strtol_l(value.text, nullptr, 10, cLocale()));
+}
+
+} // namespace kilnova

@@ -1,0 +1,92 @@
+#include "optimise/SourceUpdate.h"
+
+#include "common/MessageTable.h"
+#include "common/UserPrompt.h"
+#include "database/DatabaseError.h"
+#include "database/RecordTable.h"
+#include "database/Schema.h"
+#include "database/Transaction.h"
+
+namespace kilnova {
+
+std::optional<Table> SourceUpdate::backupOf(Table source)
+{
+    switch (source) {
+    case Table::Blast:
+        return Table::BackupBlast;
+    case Table::StdBlast:
+        return Table::BackupStdBlast;
+    case Table::Stockpile:
+        return Table::BackupStockpile;
+    default:
+        return std::nullopt;
+    }
+}
+
+void SourceUpdate::store(ProjectDatabase& db, const Blend& blend, const std::vector<Take>& takes,
+                         bool subtract)
+{
+    Transaction transaction(db);
+
+    Record record(blend.table);
+    record.setValue(QStringLiteral("Name"), blend.name);
+    if (record.definition().hasColumn(QStringLiteral("Source")))
+        record.setValue(QStringLiteral("Source"), QStringLiteral(" "));
+    record.setValue(QStringLiteral("Quantity"), blend.tonnage);
+    Analysis analysis;
+    for (std::size_t k = 0; k < kElementCount; ++k)
+        analysis[k] = static_cast<float>(blend.values[k]);
+    record.setAnalysis(analysis);
+    RecordTable(db, blend.table).add(record);
+
+    for (const Take& take : takes) {
+        if (!subtract || take.tonnes <= kNegligibleTake)
+            continue;
+        RecordTable sources(db, take.table);
+        std::optional<Record> source = sources.find(take.key);
+        if (!source)
+            continue;
+        if (const std::optional<Table> backup = backupOf(take.table))
+            RecordTable(db, *backup).add(source->copiedTo(*backup));
+        // A blast's deviations are backed up with it; the relation removes them if the blast goes.
+        if (take.table == Table::Blast) {
+            if (const std::optional<Record> deviations = RecordTable(db, Table::StdBlast).find(take.key))
+                RecordTable(db, Table::BackupStdBlast).add(deviations->copiedTo(Table::BackupStdBlast));
+        }
+        const double rest = source->number(QStringLiteral("Quantity")) - take.tonnes;
+        if (rest <= kNegligibleRest) {
+            sources.removeRecord(*source);
+        } else {
+            source->setValue(QStringLiteral("Quantity"), rest);
+            sources.update(*source);
+        }
+    }
+    transaction.commit();
+}
+
+bool SourceUpdate::storeAsking(ProjectDatabase& db, UserPrompt& ui, const QString& namePrompt, Blend blend,
+                               const std::vector<Take>& takes)
+{
+    QString name;
+    for (;;) {
+        const std::optional<QString> answer = ui.askText(namePrompt, name);
+        if (!answer)
+            return false;
+        name = *answer;
+        if (!name.isEmpty() && name.size() <= Schema::kTextLength)
+            break;
+        ui.showMessage(message(Msg::InvalidRecordName, {QString::number(Schema::kTextLength)}),
+                       UserPrompt::Icon::Warning);
+    }
+    blend.name = name;
+    const bool subtract = ui.askYesNo(message(Msg::SubtractQuantities));
+    try {
+        store(db, blend, takes, subtract);
+    } catch (const DatabaseError& e) {
+        ui.showMessage(message(Msg::DatabaseOperationFailed), UserPrompt::Icon::Error, e.message());
+        return false;
+    }
+    return true;
+}
+
+} // namespace kilnova

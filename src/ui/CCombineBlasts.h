@@ -1,0 +1,97 @@
+#pragma once
+
+#include "combine/BlastCombiner.h"
+
+#include <QDialog>
+
+class QCheckBox;
+class QComboBox;
+class QListWidget;
+class QRadioButton;
+
+namespace kilnova {
+
+class CKilnovaDoc;
+class NumberField;
+class ProjectDatabase;
+class UserPrompt;
+
+/// "Combine Blasts": a view over a BlastCombiner. It shows the combiner's source list, targets and
+/// settings, hands the controls' values to it before each action and shows the results window.
+class CCombineBlasts final : public QDialog {
+    Q_OBJECT
+public:
+    /// The working copies are refreshed here; ready() tells whether that worked.
+    CCombineBlasts(ProjectDatabase& db, const CCombinationParameters& parameters, UserPrompt& ui,
+                   QWidget* parent = nullptr);
+
+    /// Optimize > Analyse Blast Combinations: runs the dialog over the document's database and
+    /// keeps its settings in the document when the user presses OK.
+    static void run(CKilnovaDoc& doc, UserPrompt& ui, QWidget* parent);
+
+    bool ready() const { return mReady; }
+    BlastCombiner& combiner() { return mCombiner; }
+    /// The settings as OK left them.
+    const CCombinationParameters& parameters() const { return mCombiner.parameters(); }
+
+    /// Copies the controls into the combiner's settings; false (the user told) when a number is not one.
+    bool readControls();
+
+    void combine();
+    void refreshSources();
+    void viewSource();
+    void updateBlastTable();
+    void accept() override;
+    void reject() override;
+
+private:
+    QWidget* buildSources();
+    QWidget* buildTargets();
+    QWidget* buildRestrictions();
+    QWidget* buildClassification();
+    void showSources();
+    void showTargets();
+    void showParameters();
+    void takeSelection();
+    /// Set, Modify or Remove on the property chosen in the Chemistry list.
+    void changeTarget(int action);
+
+    BlastCombiner mCombiner;
+    UserPrompt& mUi;
+    bool mReady = false;
+
+    QListWidget* mSources = nullptr;
+    QCheckBox* mFilter = nullptr;
+    NumberField* mEastMinimum = nullptr;
+    NumberField* mEastMaximum = nullptr;
+    NumberField* mNorthMinimum = nullptr;
+    NumberField* mNorthMaximum = nullptr;
+    NumberField* mElevationMinimum = nullptr;
+    NumberField* mElevationMaximum = nullptr;
+    NumberField* mTonnage = nullptr;
+    QListWidget* mChemistry = nullptr;
+    NumberField* mTargetValue = nullptr;
+    QListWidget* mTargets = nullptr;
+    QCheckBox* mQuantityOn = nullptr;
+    NumberField* mQuantityMinimum = nullptr;
+    QCheckBox* mCostOn = nullptr;
+    NumberField* mCostMinimum = nullptr;
+    QCheckBox* mCombinedOn = nullptr;
+    NumberField* mCombinedLower = nullptr;
+    QComboBox* mCombinedProperty = nullptr;
+    NumberField* mCombinedUpper = nullptr;
+    QCheckBox* mInventoryOn = nullptr;
+    NumberField* mInventoryLower = nullptr;
+    QComboBox* mInventoryProperty = nullptr;
+    NumberField* mInventoryUpper = nullptr;
+    QRadioButton* mByCombined = nullptr;
+    QComboBox* mCombinedGradeProperty = nullptr;
+    NumberField* mCombinedGradeTarget = nullptr;
+    QRadioButton* mByInventory = nullptr;
+    QComboBox* mInventoryGradeProperty = nullptr;
+    NumberField* mInventoryGradeTarget = nullptr;
+    QRadioButton* mByDeviation = nullptr;
+    QComboBox* mDeviationProperty = nullptr;
+};
+
+} // namespace kilnova

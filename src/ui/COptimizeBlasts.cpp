@@ -1,0 +1,321 @@
+#include "ui/COptimizeBlasts.h"
+
+#include "common/UserPrompt.h"
+#include "database/DatabaseError.h"
+#include "optimise/ConstraintEntry.h"
+#include "ui/NumberField.h"
+#include "ui/RecordView.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace kilnova {
+
+namespace {
+NumberField* numberField(const char* name)
+{
+    auto* f = new NumberField;
+    f->setObjectName(QString::fromLatin1(name));
+    return f;
+}
+} // namespace
+
+COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParameters& parameters,
+                                 UserPrompt& ui, ResultsHandler showResults, QWidget* parent)
+    : QDialog(parent)
+    , mOptimization(db, parameters)
+    , mParameters(parameters)
+    , mUi(ui)
+    , mShowResults(std::move(showResults))
+    , mMode(new QComboBox)
+    , mElement(new QComboBox)
+    , mTarget(numberField("target"))
+    , mTonnage(numberField("requestedTonnage"))
+    , mMinimum(numberField("minimum"))
+    , mConstraintElement(new QComboBox)
+    , mMaximum(numberField("maximum"))
+    , mConstraints(new QListWidget)
+    , mSourceCaption(new QLabel)
+    , mSources(new QListWidget)
+    , mFilter(new QCheckBox(QStringLiteral("Filter by coordinate")))
+    , mRunningTotal(new QLineEdit)
+{
+    setWindowTitle(QStringLiteral("Optimize Blasts"));
+    mMode->setObjectName("mode");
+    mElement->setObjectName("element");
+    mConstraintElement->setObjectName("constraintElement");
+    mConstraints->setObjectName("constraints");
+    mSources->setObjectName("sources");
+    mSourceCaption->setObjectName("sourceCaption");
+    mFilter->setObjectName("filter");
+    mRunningTotal->setObjectName("runningTotal");
+
+    // Objective
+    mMode->addItems(BlastOptimization::modeChoices());
+    mMode->setCurrentIndex(mOptimization.modeChoice());
+    for (int k = 0; k < kElementCount; ++k) {
+        if (k < elementIndex(Element::Cl))
+            mElement->addItem(elementName(k));
+        mConstraintElement->addItem(elementName(k));
+    }
+    mElement->setCurrentIndex(mOptimization.element());
+    mTarget->setValue(mOptimization.target());
+    mTonnage->setValue(mOptimization.requestedTonnage());
+    auto* objective = new QGridLayout;
+    objective->addWidget(new QLabel(QStringLiteral("Optimize:")), 0, 0);
+    objective->addWidget(mMode, 0, 1);
+    objective->addWidget(mElement, 0, 2);
+    objective->addWidget(new QLabel(QStringLiteral("Target:")), 1, 0);
+    objective->addWidget(mTarget, 1, 1);
+    objective->addWidget(new QLabel(QStringLiteral("Requested tonnage:")), 2, 0);
+    objective->addWidget(mTonnage, 2, 1);
+
+    // Constraints
+    auto* editor = new QHBoxLayout;
+    editor->addWidget(mMinimum);
+    editor->addWidget(new QLabel(QStringLiteral("<=")));
+    editor->addWidget(mConstraintElement);
+    editor->addWidget(new QLabel(QStringLiteral("<=")));
+    editor->addWidget(mMaximum);
+    auto* add = new QPushButton(QStringLiteral("Add"));
+    auto* modify = new QPushButton(QStringLiteral("Modify"));
+    auto* remove = new QPushButton(QStringLiteral("Remove"));
+    auto* constraintButtons = new QHBoxLayout;
+    for (QPushButton* b : {add, modify, remove})
+        constraintButtons->addWidget(b);
+    auto* constraintBox = new QGroupBox(QStringLiteral("Constraints"));
+    auto* constraintLayout = new QVBoxLayout(constraintBox);
+    constraintLayout->addLayout(editor);
+    constraintLayout->addLayout(constraintButtons);
+    constraintLayout->addWidget(mConstraints);
+
+    // Sources
+    mSources->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    mFilter->setChecked(mOptimization.coordinateFilter());
+    auto* refresh = new QPushButton(QStringLiteral("Refresh"));
+    auto* extent = new QPushButton(QStringLiteral("Extent"));
+    extent->setToolTip(QStringLiteral("Set the bounds to the coordinates of all blasts"));
+    auto* coordinates = new QGridLayout;
+    coordinates->addWidget(new QLabel(QStringLiteral("Minimum")), 0, 1);
+    coordinates->addWidget(new QLabel(QStringLiteral("Maximum")), 0, 2);
+    const char* names[] = {"eastMinimum",  "eastMaximum",      "northMinimum",
+                           "northMaximum", "elevationMinimum", "elevationMaximum"};
+    const QStringList labels = {"East", "North", "Elev."};
+    for (int i = 0; i < 6; ++i) {
+        mBounds[static_cast<std::size_t>(i)] = numberField(names[i]);
+        mBounds[static_cast<std::size_t>(i)]->setValue(mOptimization.bounds()[static_cast<std::size_t>(i)]);
+        coordinates->addWidget(mBounds[static_cast<std::size_t>(i)], 1 + i / 2, 1 + i % 2);
+    }
+    for (int r = 0; r < 3; ++r)
+        coordinates->addWidget(new QLabel(labels[r]), 1 + r, 0);
+    auto* filterRow = new QHBoxLayout;
+    filterRow->addWidget(mFilter);
+    filterRow->addWidget(refresh);
+    filterRow->addWidget(extent);
+    auto* viewSource = new QPushButton(QStringLiteral("View Source"));
+    auto* sourceBox = new QGroupBox(QStringLiteral("Sources"));
+    auto* sourceLayout = new QVBoxLayout(sourceBox);
+    sourceLayout->addWidget(mSourceCaption);
+    sourceLayout->addWidget(mSources);
+    sourceLayout->addLayout(filterRow);
+    sourceLayout->addLayout(coordinates);
+    sourceLayout->addWidget(viewSource);
+
+    mRunningTotal->setReadOnly(true);
+    auto* optimizeButton = new QPushButton(QStringLiteral("Optimize"));
+    auto* ok = new QPushButton(QStringLiteral("OK"));
+    auto* cancel = new QPushButton(QStringLiteral("Cancel"));
+    optimizeButton->setObjectName("optimize");
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    for (QPushButton* b : {optimizeButton, ok, cancel})
+        buttons->addWidget(b);
+
+    auto* right = new QVBoxLayout;
+    right->addLayout(objective);
+    right->addWidget(constraintBox);
+    auto* columns = new QHBoxLayout;
+    columns->addWidget(sourceBox);
+    columns->addLayout(right);
+    auto* layout = new QVBoxLayout(this);
+    layout->addLayout(columns);
+    layout->addWidget(new QLabel(QStringLiteral("Selected Blasts Running Total")));
+    layout->addWidget(mRunningTotal);
+    layout->addLayout(buttons);
+
+    connect(mMode, &QComboBox::currentIndexChanged, this, [this](int index) {
+        mOptimization.setModeChoice(index);
+        updateEnabling();
+    });
+    connect(mElement, &QComboBox::currentIndexChanged, this,
+            [this](int index) { mOptimization.setElement(index); });
+    connect(mConstraints, &QListWidget::currentRowChanged, this, [this](int row) {
+        if (row < 0 || row >= static_cast<int>(mOptimization.constraintElements().size()))
+            return;
+        const int element = mOptimization.constraintElements()[static_cast<std::size_t>(row)];
+        mConstraintElement->setCurrentIndex(element);
+        mMinimum->setValue(mOptimization.constraint(element).minimum);
+        mMaximum->setValue(mOptimization.constraint(element).maximum);
+    });
+    connect(add, &QPushButton::clicked, this, [this] { editConstraint(false); });
+    connect(modify, &QPushButton::clicked, this, [this] { editConstraint(true); });
+    connect(remove, &QPushButton::clicked, this, [this] {
+        mOptimization.removeConstraint(mConstraints->currentRow());
+        showConstraints();
+    });
+    connect(refresh, &QPushButton::clicked, this, &COptimizeBlasts::refreshSources);
+    connect(extent, &QPushButton::clicked, this, [this] {
+        guarded([this] { mOptimization.computeExtent(); });
+        for (int i = 0; i < 6; ++i)
+            mBounds[static_cast<std::size_t>(i)]->setValue(
+                mOptimization.bounds()[static_cast<std::size_t>(i)]);
+    });
+    connect(mSources, &QListWidget::itemSelectionChanged, this, &COptimizeBlasts::selectionChanged);
+    connect(viewSource, &QPushButton::clicked, this, &COptimizeBlasts::viewSource);
+    connect(optimizeButton, &QPushButton::clicked, this, &COptimizeBlasts::optimize);
+    connect(ok, &QPushButton::clicked, this, &COptimizeBlasts::accept);
+    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+
+    showConstraints();
+    refreshSources();
+    updateEnabling();
+}
+
+bool COptimizeBlasts::guarded(const std::function<void()>& step)
+{
+    try {
+        step();
+        return true;
+    } catch (const DatabaseError& e) {
+        mUi.showMessage(e.message(), UserPrompt::Icon::Error, {});
+        return false;
+    }
+}
+
+void COptimizeBlasts::updateEnabling()
+{
+    mTarget->setEnabled(mOptimization.targetEnabled());
+    mElement->setEnabled(mOptimization.elementAndTonnageEnabled());
+    mTonnage->setEnabled(mOptimization.elementAndTonnageEnabled());
+}
+
+void COptimizeBlasts::showConstraints()
+{
+    const int row = mConstraints->currentRow();
+    mConstraints->clear();
+    mConstraints->addItems(mOptimization.constraintTexts());
+    mConstraints->setCurrentRow(std::min(row, mConstraints->count() - 1));
+}
+
+void COptimizeBlasts::editConstraint(bool modify)
+{
+    const std::optional<double> minimum = requireNumber(mMinimum, mUi);
+    if (!minimum)
+        return;
+    const std::optional<double> maximum = requireNumber(mMaximum, mUi);
+    if (!maximum)
+        return;
+    const int element = mConstraintElement->currentIndex();
+    const std::optional<QString> refusal =
+        modify ? mOptimization.modifyConstraint(mConstraints->currentRow(), element, *minimum, *maximum)
+               : mOptimization.addConstraint(element, *minimum, *maximum);
+    if (refusal) {
+        mUi.showMessage(*refusal, UserPrompt::Icon::Warning, {});
+        return;
+    }
+    showConstraints();
+}
+
+bool COptimizeBlasts::readFields()
+{
+    for (NumberField* f : {mTarget, mTonnage}) {
+        if (!requireNumber(f, mUi))
+            return false;
+    }
+    mOptimization.setTarget(*mTarget->value());
+    mOptimization.setRequestedTonnage(*mTonnage->value());
+    std::array<double, 6> bounds{};
+    for (std::size_t i = 0; i < 6; ++i) {
+        const std::optional<double> v = requireNumber(mBounds[i], mUi);
+        if (!v)
+            return false;
+        bounds[i] = *v;
+    }
+    mOptimization.setBounds(bounds);
+    mOptimization.setCoordinateFilter(mFilter->isChecked());
+    return true;
+}
+
+void COptimizeBlasts::refreshSources()
+{
+    if (!readFields())
+        return;
+    QStringList names;
+    if (!guarded([&] { names = mOptimization.sourceNames(); }))
+        return;
+    const QStringList selected = mOptimization.selection();
+    const QSignalBlocker blocker(mSources);
+    mSources->clear();
+    mSources->addItems(names);
+    for (int i = 0; i < mSources->count(); ++i)
+        mSources->item(i)->setSelected(selected.contains(mSources->item(i)->text()));
+    mSourceCaption->setText(mOptimization.sourceCaption());
+    selectionChanged();
+}
+
+void COptimizeBlasts::selectionChanged()
+{
+    QStringList names;
+    for (int i = 0; i < mSources->count(); ++i) {
+        if (mSources->item(i)->isSelected())
+            names << mSources->item(i)->text();
+    }
+    mOptimization.setSelection(names);
+    QString total;
+    guarded([&] { total = mOptimization.runningTotal(); });
+    mRunningTotal->setText(total);
+}
+
+void COptimizeBlasts::viewSource()
+{
+    const QListWidgetItem* item = mSources->currentItem();
+    if (!item)
+        return;
+    std::optional<Record> record;
+    if (guarded([&] { record = mOptimization.source(item->text()); }) && record)
+        RecordView(*record, this).exec();
+}
+
+void COptimizeBlasts::optimize()
+{
+    if (!readFields())
+        return;
+    BlastOptimization::Result result;
+    if (!guarded([&] { result = mOptimization.optimize(BlastOptimization::debugFilePath()); }))
+        return;
+    if (!result.outcome.solved) {
+        mUi.showMessage(result.outcome.message, UserPrompt::Icon::Warning, {});
+        return;
+    }
+    if (mShowResults)
+        mShowResults(result);
+}
+
+void COptimizeBlasts::accept()
+{
+    if (!readFields())
+        return;
+    if (!guarded([this] { mParameters = mOptimization.accept(mParameters); }))
+        return;
+    QDialog::accept();
+}
+
+} // namespace kilnova

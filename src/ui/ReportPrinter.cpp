@@ -1,0 +1,63 @@
+#include "ui/ReportPrinter.h"
+
+#include <QFile>
+#include <QFontDatabase>
+#include <QFontMetrics>
+#include <QPageLayout>
+#include <QPagedPaintDevice>
+#include <QPainter>
+#include <QPdfWriter>
+
+namespace kilnova {
+
+ReportPrinter::ReportPrinter(const QString& reportText)
+{
+    QString text = reportText;
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    if (text.endsWith('\n'))
+        text.chop(1);
+    mLines = text.split('\n');
+}
+
+int ReportPrinter::print(QPagedPaintDevice& device) const
+{
+    QPainter painter(&device);
+    if (!painter.isActive())
+        return 0;
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setPointSizeF(9);
+    painter.setFont(font);
+    const QFontMetrics metrics(font, &device);
+    const int lineHeight = metrics.lineSpacing();
+    const QRect area = painter.viewport();
+    const int footerHeight = 2 * lineHeight;
+    const int linesPerPage = std::max(1, (area.height() - footerHeight) / lineHeight);
+    const int pages = std::max<int>(1, static_cast<int>((mLines.size() + linesPerPage - 1) / linesPerPage));
+
+    for (int page = 0; page < pages; ++page) {
+        if (page > 0)
+            device.newPage();
+        for (int i = 0; i < linesPerPage; ++i) {
+            const qsizetype line = static_cast<qsizetype>(page) * linesPerPage + i;
+            if (line >= mLines.size())
+                break;
+            painter.drawText(0, (i + 1) * lineHeight, mLines[line]);
+        }
+        const QString footer = QStringLiteral("Page %1 of %2").arg(page + 1).arg(pages);
+        painter.drawText(QRect(0, area.height() - lineHeight, area.width(), lineHeight), Qt::AlignHCenter,
+                         footer);
+    }
+    return pages;
+}
+
+bool ReportPrinter::writePdf(const QString& path) const
+{
+    QPdfWriter writer(path);
+    writer.setPageSize(QPageSize(QPageSize::A4));
+    writer.setPageMargins(QMarginsF(15, 15, 15, 15), QPageLayout::Millimeter);
+    writer.setTitle(QStringLiteral("Kilnova report"));
+    writer.setCreator(QStringLiteral("Kilnova"));
+    return print(writer) > 0 && QFile::exists(path);
+}
+
+} // namespace kilnova

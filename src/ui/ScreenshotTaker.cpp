@@ -1,0 +1,84 @@
+#include "ui/ScreenshotTaker.h"
+
+#include "project/CKilnovaDoc.h"
+#include "ui/CMainFrame.h"
+#include "ui/QuietPrompt.h"
+#include "ui/RecordDialog.h"
+#include "ui/TableDialog.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QPixmap>
+#include <QTableView>
+#include <QTimer>
+
+#include <cstdio>
+#include <map>
+
+namespace kilnova {
+
+namespace {
+
+/// Lets the window system lay out and paint before the picture is taken.
+void settle()
+{
+    QEventLoop loop;
+    QTimer::singleShot(400, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+bool save(QWidget* widget, const QString& output)
+{
+    settle();
+    if (widget->grab().save(output, "PNG"))
+        return true;
+    std::fprintf(stderr, "cannot write %s\n", qPrintable(output));
+    return false;
+}
+
+} // namespace
+
+int ScreenshotTaker::run(const QString& project, const QString& dialog, const QString& output)
+{
+    // Settings of their own, so that the pictures show no one's recent files and add none.
+    QCoreApplication::setOrganizationName(QStringLiteral("KilnovaScreenshots"));
+    CKilnovaDoc doc;
+    QuietPrompt prompt;
+    CMainFrame frame(doc, std::make_unique<QuietPrompt>());
+    frame.resize(1100, 700);
+    frame.show();
+    if (!project.isEmpty() && !frame.openProject(project))
+        return 1;
+    if (dialog.isEmpty())
+        return save(&frame, output) ? 0 : 1;
+
+    const std::map<QString, Table> tables = {{"blast", Table::Blast},         {"stockpile", Table::Stockpile},
+                                             {"crude", Table::Crude},         {"clinker", Table::Clinker},
+                                             {"additives", Table::Additives}, {"coal", Table::Coal}};
+    const QString kind = dialog.section(u'-', 0, 0);
+    const auto table = tables.find(dialog.section(u'-', 1));
+    if (table == tables.end() || !QStringList({"view", "modify", "form"}).contains(kind) || !doc.database()) {
+        std::fprintf(stderr, "no dialog %s for this project\n", qPrintable(dialog));
+        return 1;
+    }
+    const TableDialog::Mode mode = kind == "view" ? TableDialog::Mode::View : TableDialog::Mode::Modify;
+    std::unique_ptr<TableDialog> list =
+        TableDialog::create(*doc.database(), table->second, mode, prompt, &frame);
+    if (!list)
+        return 1;
+    list->resize(1260, 600);
+    list->show();
+    if (list->editor().model().rowCount() > 2)
+        list->selectRow(2);
+    if (kind != "form")
+        return save(list.get(), output) ? 0 : 1;
+
+    std::optional<RecordForm> form = list->editor().formForRow(2);
+    if (!form)
+        return 1;
+    RecordDialog record(list->editor(), std::move(*form), list.get());
+    record.show();
+    return save(&record, output) ? 0 : 1;
+}
+
+} // namespace kilnova

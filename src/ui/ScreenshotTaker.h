@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+namespace kilnova {
+
+/// Opens the window on a project without waiting for anyone and saves a picture of it, or of one
+/// of its table dialogs, as PNG: for the screenshots of the documentation.
+class ScreenshotTaker final {
+public:
+    ScreenshotTaker() = delete;
+
+    /// dialog is empty for the main window, else "view-TABLE", "modify-TABLE" or "form-TABLE"
+    /// (the record form of the first row), TABLE one of blast, stockpile, crude, clinker, additives,
+    /// coal. Returns the exit status of the program.
+    static int run(const QString& project, const QString& dialog, const QString& output);
+};
+
+} // namespace kilnova

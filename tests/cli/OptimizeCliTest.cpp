@@ -1,0 +1,107 @@
+#include "CliFixture.h"
+#include "database/ProjectDatabase.h"
+#include "database/RecordTable.h"
+#include "project/ProjectFile.h"
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace kilnova {
+namespace {
+
+class OptimizeCliTest : public CliFixture {
+protected:
+    void SetUp() override
+    {
+        auto db = ProjectDatabase::create(mDir.filePath("plant.kndb"));
+        const Analysis limestone{90,    10, 2, 1, 50, 1, 36, 0.1f, 0.2f, 0.05f, 0.1f,
+                                 0.05f, 9,  9, 9, 9,  9, 9,  9,    2,    9,     0.01f};
+        const Analysis marl{70,   20, 6, 3, 40, 2, 28, 0.3f, 0.6f, 0.15f, 0.3f,
+                            0.1f, 9,  9, 9, 9,  9, 9,  9,    1,    9,     -1};
+        for (const auto& [name, analysis] : {std::pair{"B1", limestone}, {"B2", marl}, {"B3", marl}}) {
+            Record b(Table::Blast);
+            b.setValue("Name", name);
+            b.setValue("Quantity", 1000.0);
+            b.setAnalysis(analysis);
+            RecordTable(*db, Table::Blast).add(b);
+            Record d(Table::StdBlast);
+            d.setValue("Name", name);
+            RecordTable(*db, Table::StdBlast).add(d);
+        }
+        ProjectSettings s;
+        s.databasePath = mDir.filePath("plant.kndb");
+        COptimizationParameters& p = s.blastOptimization;
+        p.mode = COptimizationParameters::kMaximize;
+        p.optimizedElement = "CaO";
+        p.requestedTonnage = 1000;
+        p.constraints[static_cast<std::size_t>(elementIndex(Element::SiO2))] = {12, 15,
+                                                                                "12.00 <= SiO2 <= 15.00", 1};
+        p.selectedSources = {"B1", "B2"};
+        ProjectFile::save(s, mDir.filePath("plant.knv"));
+    }
+
+};
+
+TEST_F(OptimizeCliTest, PrintsTheReportOfTheStoredSettings)
+{
+    const CliRun r = run({"optimize", "blasts", mDir.filePath("plant.knv")});
+    ASSERT_EQ(r.status, 0) << r.err.toStdString();
+    EXPECT_EQ(r.out.toStdString(),
+              "Blast Optimization Results\n\nsuccessfully maximized CaO\n\nList of Constraints applied:\n"
+              "12.00 <= SiO2 <= 15.00\n\n\nOptimized blast results\n\n"
+              "     800.000000 tonnes of Blast B1 (80.00% of blast, 80.00% of mix)\n"
+              "     200.000000 tonnes of Blast B2 (20.00% of blast, 20.00% of mix)\n"
+              "Optimized tonnage:    1000.00\n"
+              "  Titration      86.00        SiO2      12.00       Al2O3       2.80       Fe2O3       1.40\n"
+              "        CaO      48.00         MgO       1.20         LOI      34.40         SO3       0.14\n"
+              "        K2O       0.28        Na2O       0.07        TiO2       0.14        P2O5       0.06\n"
+              "         MS       2.86          MA       2.00         LSF       1.27         C3S      83.40\n"
+              "        C2S     -28.47         C3A       5.05        NaEq       0.25 Cost Factor       1.80\n"
+              "       C4AF       4.26\n");
+    EXPECT_TRUE(QFile::exists(mDir.filePath("data/Kilnova/debug.txt")));
+}
+
+TEST_F(OptimizeCliTest, JsonSelectionAndFailures)
+{
+    const CliRun json =
+        run({"optimize", "blasts", mDir.filePath("plant.knv"), "--select", "B1", "B3", "--json"});
+    ASSERT_EQ(json.status, 0) << json.err.toStdString();
+    const QJsonObject o = QJsonDocument::fromJson(json.out.toUtf8()).object();
+    EXPECT_EQ(o["status"].toString(), "optimal");
+    const QJsonArray tonnes = o["tonnes"].toArray();
+    ASSERT_EQ(tonnes.size(), 2);
+    EXPECT_EQ(tonnes[1].toObject()["blast"].toString(), "B3");
+    EXPECT_NEAR(tonnes[1].toObject()["tonnes"].toDouble(), 200, 1e-6);
+    EXPECT_NEAR(o["mix"].toObject()["CaO"].toDouble(), 48, 1e-6);
+
+    const CliRun one = run({"optimize", "blasts", mDir.filePath("plant.knv"), "--select", "B1"});
+    EXPECT_EQ(one.status, 1);
+    EXPECT_EQ(one.err, "Please, select at least 2 sources\n");
+    EXPECT_TRUE(one.out.isEmpty());
+
+    EXPECT_EQ(run({"optimize", "blasts", mDir.filePath("plant.knv"), "--frobnicate"}).status, 2);
+    EXPECT_EQ(run({"optimize", "blasts", mDir.filePath("missing.knv")}).status, 1);
+}
+
+TEST_F(OptimizeCliTest, StoreAndSubtract)
+{
+    const CliRun r = run({"optimize", "blasts", mDir.filePath("plant.knv"), "--store", "Pile 7", "--subtract"});
+    ASSERT_EQ(r.status, 0) << r.err.toStdString();
+    EXPECT_TRUE(
+        r.out.endsWith("Stored the blend as stockpile \"Pile 7\" and subtracted it from the blasts.\n"));
+    auto db = ProjectDatabase::open(mDir.filePath("plant.kndb"));
+    // The solver's step length is single precision, so the tonnes are 800 and 200 to about 1e-5.
+    EXPECT_NEAR(RecordTable(*db, Table::Stockpile).find({"Pile 7", " "})->number("Quantity"), 1000.0, 1e-4);
+    EXPECT_NEAR(RecordTable(*db, Table::Blast).find({"B1", {}})->number("Quantity"), 200.0, 1e-4);
+    EXPECT_NEAR(RecordTable(*db, Table::Blast).find({"B2", {}})->number("Quantity"), 800.0, 1e-4);
+    EXPECT_EQ(db->count(Table::BackupBlast), 2);
+}
+
+} // namespace
+} // namespace kilnova

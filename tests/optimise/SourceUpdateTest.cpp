@@ -1,0 +1,176 @@
+#include "optimise/SourceUpdate.h"
+#include "common/MessageTable.h"
+#include "database/BackupRestore.h"
+#include "database/DatabaseError.h"
+#include "database/RecordTable.h"
+#include "support/ScriptedPrompt.h"
+#include "support/TempProject.h"
+
+namespace kilnova {
+namespace {
+
+class SourceUpdateTest : public test::TempProject {
+protected:
+    void SetUp() override
+    {
+        TempProject::SetUp();
+        for (auto [name, quantity] : {std::pair{"B1", 1000.0}, {"B2", 100.1}, {"B3", 100.11}, {"B4", 50.0}}) {
+            Record b(Table::Blast);
+            b.setValue("Name", name);
+            b.setValue("Quantity", quantity);
+            b.setValue("SiO2", 12.5);
+            RecordTable(*mDb, Table::Blast).add(b);
+            Record d(Table::StdBlast);
+            d.setValue("Name", name);
+            d.setValue("SiO2", 0.75);
+            RecordTable(*mDb, Table::StdBlast).add(d);
+        }
+    }
+
+    SourceUpdate::Blend blend() const
+    {
+        SourceUpdate::Blend b{Table::Stockpile, "Pile 7", 300.0, {}};
+        for (std::size_t k = 0; k < kElementCount; ++k)
+            b.values[k] = 1.0 + static_cast<double>(k) / 10;
+        return b;
+    }
+
+    std::vector<SourceUpdate::Take> takes() const
+    {
+        return {{Table::Blast, {"B1", {}}, 200.0},   // leaves 800
+                {Table::Blast, {"B2", {}}, 100.0},   // leaves 0.1: deleted
+                {Table::Blast, {"B3", {}}, 100.0},   // leaves 0.11: kept
+                {Table::Blast, {"B4", {}}, 0.00005}, // negligible: untouched, no backup
+                {Table::Blast, {"Gone", {}}, 10.0}}; // deleted meanwhile: skipped
+    }
+
+    std::optional<double> quantity(const QString& name) const
+    {
+        const std::optional<Record> r = RecordTable(*mDb, Table::Blast).find({name, {}});
+        return r ? std::optional(r->number("Quantity")) : std::nullopt;
+    }
+};
+
+TEST_F(SourceUpdateTest, StoresTheBlendAndSubtractsWithBackups)
+{
+    SourceUpdate::store(*mDb, blend(), takes(), true);
+
+    const Record pile = *RecordTable(*mDb, Table::Stockpile).find({"Pile 7", " "});
+    EXPECT_EQ(pile.number("Quantity"), 300.0);
+    EXPECT_EQ(pile.number("Titration"), 1.0);
+    EXPECT_EQ(pile.number("Cl"), static_cast<double>(static_cast<float>(1.0 + 21.0 / 10)));
+
+    EXPECT_EQ(quantity("B1"), 800.0);
+    EXPECT_EQ(quantity("B2"), std::nullopt);
+    EXPECT_NEAR(*quantity("B3"), 0.11, 1e-9);
+    EXPECT_EQ(quantity("B4"), 50.0);
+    EXPECT_EQ(RecordTable(*mDb, Table::BackupBlast).names(), QStringList({"B1", "B2", "B3"}));
+    EXPECT_EQ(RecordTable(*mDb, Table::BackupBlast).find({"B2", {}})->number("Quantity"), 100.1);
+    EXPECT_EQ(RecordTable(*mDb, Table::BackupStdBlast).names(), QStringList({"B1", "B2", "B3"}));
+    EXPECT_FALSE(RecordTable(*mDb, Table::StdBlast).find({"B2", {}}))
+        << "the relation takes a deleted blast's deviations";
+}
+
+TEST_F(SourceUpdateTest, NoStillStoresTheBlendAndChangesNoSource)
+{
+    test::ScriptedPrompt ui;
+    ui.textAnswers = {QString(), QString(51, 'x'), QStringLiteral("Pile 7")};
+    ui.yesNoAnswers = {false};
+    EXPECT_TRUE(SourceUpdate::storeAsking(*mDb, ui, message(Msg::StockpileNamePrompt), blend(), takes()));
+    EXPECT_EQ(ui.questions,
+              QStringList({"Enter a name for this stockpile", "Enter a name for this stockpile",
+                           "Enter a name for this stockpile", message(Msg::SubtractQuantities)}));
+    EXPECT_EQ(ui.messageTexts(), QStringList(2, "A name must have between 1 and 50 characters."));
+    EXPECT_TRUE(RecordTable(*mDb, Table::Stockpile).find({"Pile 7", " "}));
+    EXPECT_EQ(quantity("B1"), 1000.0);
+    EXPECT_EQ(mDb->count(Table::BackupBlast), 0);
+}
+
+TEST_F(SourceUpdateTest, CancelledNameChangesNothing)
+{
+    test::ScriptedPrompt ui;
+    ui.textAnswers = {std::nullopt};
+    EXPECT_FALSE(SourceUpdate::storeAsking(*mDb, ui, "Enter a name for this stockpile", blend(), takes()));
+    EXPECT_EQ(mDb->count(Table::Stockpile), 4);
+    EXPECT_EQ(quantity("B1"), 1000.0);
+}
+
+TEST_F(SourceUpdateTest, AFailureHalfWayLeavesEveryTableAsBefore)
+{
+    ASSERT_EQ(rawExec("CREATE TRIGGER refuse BEFORE UPDATE ON [Blast] WHEN NEW.[Name] = 'B3' "
+                      "BEGIN SELECT RAISE(ABORT, 'disk I/O error'); END"),
+              "");
+    test::ScriptedPrompt ui;
+    ui.textAnswers = {QStringLiteral("Pile 7")};
+    ui.yesNoAnswers = {true};
+    EXPECT_FALSE(SourceUpdate::storeAsking(*mDb, ui, "Enter a name for this stockpile", blend(), takes()));
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(ui.messages[0].text, "The database operation failed; nothing was changed.");
+    EXPECT_TRUE(ui.messages[0].details.contains("disk I/O error"));
+
+    EXPECT_EQ(mDb->count(Table::Stockpile), 4);
+    EXPECT_EQ(quantity("B1"), 1000.0);
+    EXPECT_EQ(quantity("B2"), 100.1);
+    EXPECT_TRUE(RecordTable(*mDb, Table::StdBlast).find({"B2", {}}));
+    EXPECT_EQ(mDb->count(Table::BackupBlast), 0);
+    EXPECT_EQ(mDb->count(Table::BackupStdBlast), 0);
+}
+
+TEST_F(SourceUpdateTest, RestoreChoosesTheBackupByQuantityAndRecreatesDeletedBlasts)
+{
+    // Two takes from B1 leave backups at 1000 and 800; B2 is deleted after its backup.
+    SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 200.0}, {Table::Blast, {"B2", {}}, 100.0}},
+                        true);
+    SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 300.0}}, true);
+    ASSERT_EQ(quantity("B1"), 500.0);
+
+    BackupRestore restore(*mDb, BackupRestore::Kind::Blasts);
+    const std::vector<Record> rows = restore.rows();
+    ASSERT_EQ(rows.size(), 3u); // B1 at 1000, B2 at 100.1, B1 at 800
+    const std::vector<Record> restored = restore.restore({rows[2], rows[1]});
+    EXPECT_EQ(restored.size(), 2u);
+
+    EXPECT_EQ(quantity("B1"), 800.0) << "the row showing 800 restores that state";
+    ASSERT_EQ(restore.rows().size(), 1u);
+    EXPECT_EQ(restore.rows()[0].number("Quantity"), 1000.0);
+    EXPECT_EQ(quantity("B2"), 100.1);
+    const std::optional<Record> deviations = RecordTable(*mDb, Table::StdBlast).find({"B2", {}});
+    ASSERT_TRUE(deviations) << "a re-created blast gets its deviations back";
+    EXPECT_EQ(deviations->number("SiO2"), 0.75);
+
+    restore.deleteBackups();
+    EXPECT_EQ(mDb->count(Table::BackupBlast), 0);
+    EXPECT_EQ(mDb->count(Table::BackupStdBlast), 1) << "deleting blast backups keeps their deviations";
+}
+
+TEST_F(SourceUpdateTest, RestoreOfSeveralBackupsWithoutAMatchingQuantityDoesNothing)
+{
+    SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 200.0}}, true);
+    SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 300.0}}, true);
+    BackupRestore restore(*mDb, BackupRestore::Kind::Blasts);
+    Record listed = restore.rows()[0];
+    listed.setValue("Quantity", 900.0);
+    EXPECT_TRUE(restore.restore({listed}).empty());
+    EXPECT_EQ(quantity("B1"), 500.0);
+    EXPECT_EQ(restore.rows().size(), 2u);
+}
+
+TEST_F(SourceUpdateTest, StockpileBackupsRestoreByNameAndSource)
+{
+    Record s(Table::Stockpile);
+    s.setValue("Name", "North");
+    s.setValue("Source", "Quarry");
+    s.setValue("Quantity", 500.0);
+    RecordTable(*mDb, Table::Stockpile).add(s);
+    SourceUpdate::store(*mDb, {Table::Crude, "Meal 1", 400, {}},
+                        {{Table::Stockpile, {"North", "Quarry"}, 499.95}}, true);
+    EXPECT_FALSE(RecordTable(*mDb, Table::Stockpile).find({"North", "Quarry"}));
+
+    BackupRestore restore(*mDb, BackupRestore::Kind::Stockpiles);
+    ASSERT_EQ(restore.restore(restore.rows()).size(), 1u);
+    EXPECT_EQ(RecordTable(*mDb, Table::Stockpile).find({"North", "Quarry"})->number("Quantity"), 500.0);
+    EXPECT_EQ(mDb->count(Table::BackupStockpile), 0);
+}
+
+} // namespace
+} // namespace kilnova

@@ -1,0 +1,191 @@
+// Set-up rules of ClpSolve: Initialize, the setters, the capacities and the debug dump.
+
+#include "solver/ClpSolve.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+#include <unistd.h>
+
+namespace kilnova {
+namespace {
+
+TEST(ClpSolveSetup, InitializeChecksTheRowCounts)
+{
+    struct Case {
+        int rows, columns, sense, atLeast, equal, atMost;
+        bool accepted;
+    };
+    const Case cases[] = {
+        {3, 2, 1, 1, 1, 2, false},                             // 1 + 1 + 2 is not 3
+        {3, 2, 1, 1, 1, 1, true},   {2, 2, 1, -4, 0, 2, true}, // a negative count is taken as 0
+        {2, 2, 1, 0, -1, 1, false},                            // ... so 0 + 0 + 1 misses a row
+        {-2, 3, 1, 0, 0, 0, true},                             // no rows at all
+        {0, 0, -1, 0, 0, 0, true},
+    };
+    for (const Case& c : cases) {
+        ClpSolve solver;
+        EXPECT_EQ(solver.Initialize(c.rows, c.columns, c.sense, c.atLeast, c.equal, c.atMost), c.accepted)
+            << c.rows << " rows, counts " << c.atLeast << "/" << c.equal << "/" << c.atMost;
+    }
+}
+
+TEST(ClpSolveSetup, RefusedInitializeLeavesAnEmptyProblem)
+{
+    ClpSolve solver;
+    ASSERT_TRUE(solver.Initialize(2, 2, 1, 0, 0, 2));
+    ASSERT_FALSE(solver.Initialize(3, 2, 1, 1, 1, 2));
+    EXPECT_FALSE(solver.SetCoefficient(1, 1, 1.0));
+    EXPECT_FALSE(solver.SetConstraint(1, 1.0, ClpSolve::kAtMost));
+    EXPECT_FALSE(solver.SetObjectiveCoefficient(1, 1.0));
+}
+
+TEST(ClpSolveSetup, SettersRefuseArgumentsOutsideTheProblem)
+{
+    ClpSolve solver;
+    ASSERT_TRUE(solver.Initialize(2, 3, 1, 1, 0, 1));
+    struct Call {
+        const char* what;
+        std::function<bool()> call;
+        bool accepted;
+    };
+    const Call calls[] = {
+        {"coefficient 1,1", [&] { return solver.SetCoefficient(1, 1, 2.0); }, true},
+        {"coefficient 2,3", [&] { return solver.SetCoefficient(2, 3, 2.0); }, true},
+        {"coefficient 0,1", [&] { return solver.SetCoefficient(0, 1, 2.0); }, false},
+        {"coefficient 3,1", [&] { return solver.SetCoefficient(3, 1, 2.0); }, false},
+        {"coefficient 1,0", [&] { return solver.SetCoefficient(1, 0, 2.0); }, false},
+        {"coefficient 1,4", [&] { return solver.SetCoefficient(1, 4, 2.0); }, false},
+        {"constraint 1 at most", [&] { return solver.SetConstraint(1, 5.0, ClpSolve::kAtMost); }, true},
+        {"constraint 2 at least", [&] { return solver.SetConstraint(2, 5.0, ClpSolve::kAtLeast); }, true},
+        {"constraint 2 equal", [&] { return solver.SetConstraint(2, 5.0, ClpSolve::kEqual); }, true},
+        {"constraint 0", [&] { return solver.SetConstraint(0, 5.0, ClpSolve::kAtMost); }, false},
+        {"constraint 3", [&] { return solver.SetConstraint(3, 5.0, ClpSolve::kAtMost); }, false},
+        {"constraint kind 2", [&] { return solver.SetConstraint(1, 5.0, 2); }, false},
+        {"constraint kind -2", [&] { return solver.SetConstraint(1, 5.0, -2); }, false},
+        {"objective 1", [&] { return solver.SetObjectiveCoefficient(1, 1.0); }, true},
+        {"objective 3", [&] { return solver.SetObjectiveCoefficient(3, 1.0); }, true},
+        {"objective 0", [&] { return solver.SetObjectiveCoefficient(0, 1.0); }, false},
+        {"objective 4", [&] { return solver.SetObjectiveCoefficient(4, 1.0); }, false},
+    };
+    for (const Call& c : calls)
+        EXPECT_EQ(c.call(), c.accepted) << c.what;
+}
+
+// A lost SetConstraint leaves its row an equality with right-hand side 0; Solve notices only when
+// that changes the counts.
+TEST(ClpSolveSetup, LostRowKindsAreCaughtOnlyThroughTheCounts)
+{
+    ClpSolve changed;
+    ASSERT_TRUE(changed.Initialize(2, 1, 1, 0, 0, 2));
+    changed.SetCoefficient(1, 1, 1.0);
+    changed.SetConstraint(1, 4.0, ClpSolve::kAtMost);
+    changed.SetConstraint(3, 4.0, ClpSolve::kAtMost); // lost: row 2 stays an equality
+    changed.SetObjectiveCoefficient(1, 1.0);
+    EXPECT_EQ(changed.Solve(), ClpSolve::kRowsInconsistent);
+
+    ClpSolve unchanged;
+    ASSERT_TRUE(unchanged.Initialize(2, 1, 1, 0, 1, 1));
+    unchanged.SetCoefficient(1, 1, 1.0);
+    unchanged.SetCoefficient(2, 1, 1.0);
+    unchanged.SetConstraint(1, 4.0, ClpSolve::kAtMost);
+    unchanged.SetConstraint(2, 3.0, 5); // lost: row 2 is solved as x1 = 0
+    unchanged.SetObjectiveCoefficient(1, 1.0);
+    ASSERT_EQ(unchanged.Solve(), ClpSolve::kOptimal);
+    EXPECT_EQ(unchanged.GetObjectiveValue(), 0.0);
+}
+
+// The phase-1 start sums the values over positions up to the last tableau column; past the row
+// capacity (n + at-least rows > m + 59) that read is out of range.
+TEST(ClpSolveSetup, PhaseOneStartIsRangeCheckedAgainstTheRowCapacity)
+{
+    struct Case {
+        int columns;
+        int kind;
+        double rhs;
+        bool throws;
+    };
+    const Case cases[] = {
+        {59, ClpSolve::kAtLeast, 1.0, false}, // n + 1 = m + 59: the last addressable position
+        {60, ClpSolve::kAtLeast, 1.0, true},
+        {60, ClpSolve::kAtMost, -1.0, true},  // flipped into an at-least row first
+        {60, ClpSolve::kEqual, 1.0, false},   // one tableau column fewer
+        {500, ClpSolve::kAtMost, 1.0, false}, // no phase 1 at all
+    };
+    for (const Case& c : cases) {
+        ClpSolve solver;
+        ASSERT_TRUE(solver.Initialize(1, c.columns, 1, c.kind == ClpSolve::kAtLeast,
+                                      c.kind == ClpSolve::kEqual, c.kind == ClpSolve::kAtMost));
+        for (int j = 1; j <= c.columns; ++j)
+            solver.SetCoefficient(1, j, c.rhs < 0 ? -1.0 : 1.0);
+        solver.SetConstraint(1, c.rhs, c.kind);
+        if (c.throws)
+            EXPECT_THROW(solver.Solve(), std::invalid_argument) << c.columns << " columns, kind " << c.kind;
+        else
+            EXPECT_NO_THROW(solver.Solve()) << c.columns << " columns, kind " << c.kind;
+    }
+}
+
+class ClpSolveDump : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        mDirectory = std::filesystem::temp_directory_path() /
+                     ("kilnova-clpsolve-" + std::to_string(::getpid()) + "-" +
+                      ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        std::filesystem::create_directories(mDirectory);
+    }
+    void TearDown() override { std::filesystem::remove_all(mDirectory); }
+
+    static std::string read(const std::filesystem::path& file)
+    {
+        std::ifstream in(file, std::ios::binary);
+        std::ostringstream text;
+        text << in.rdbuf();
+        return text.str();
+    }
+
+    std::filesystem::path mDirectory;
+};
+
+TEST_F(ClpSolveDump, WritesRowsKindsAndObjectiveInFixedColumns)
+{
+    ClpSolve solver;
+    ASSERT_TRUE(solver.Initialize(2, 3, -1, 1, 0, 1));
+    solver.SetCoefficient(1, 1, 1.5);
+    solver.SetCoefficient(1, 2, -0.126);
+    solver.SetCoefficient(1, 3, 12345.678);
+    solver.SetCoefficient(2, 2, 1234567890.0); // wider than the field: no separator appears
+    solver.SetConstraint(1, 250.0, ClpSolve::kAtMost);
+    solver.SetConstraint(2, -3.0, ClpSolve::kAtLeast);
+    solver.SetObjectiveCoefficient(1, 2.0);
+    solver.SetObjectiveCoefficient(3, -0.004);
+    const auto file = mDirectory / "debug.txt";
+    solver.DumpToFile(file.string());
+
+    const std::string expected = "      1.50     -0.13  12345.68    250.00 IBT:    1\n"
+                                 "      0.001234567890.00      0.00     -3.00 IBT:   -1\n"
+                                 "\n\n"
+                                 "      2.00\n"
+                                 "      0.00\n"
+                                 "     -0.00\n";
+    EXPECT_EQ(read(file), expected);
+}
+
+TEST_F(ClpSolveDump, DoesNothingWhenTheFileCannotBeOpened)
+{
+    ClpSolve solver;
+    ASSERT_TRUE(solver.Initialize(1, 1, 1, 0, 0, 1));
+    const auto file = mDirectory / "missing-folder" / "debug.txt";
+    solver.DumpToFile(file.string());
+    EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+} // namespace
+} // namespace kilnova

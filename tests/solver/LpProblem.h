@@ -1,0 +1,31 @@
+#pragma once
+
+#include <vector>
+
+namespace kilnova {
+
+class ClpSolve;
+
+/// A linear programme as callers give it to ClpSolve: rows with a kind (1 at most, 0 equal,
+/// -1 at least) and a right-hand side, a dense coefficient matrix by rows, an objective and a sense.
+/// Indices here are 0-based; loadInto shifts them.
+struct LpProblem {
+    int columns = 0;
+    int sense = 1;
+    std::vector<std::vector<double>> rows;
+    std::vector<double> rhs;
+    std::vector<int> kinds;
+    std::vector<double> objective;
+
+    int rowCount() const { return static_cast<int>(rows.size()); }
+    int count(int kind) const;
+    void addRow(std::vector<double> coefficients, int kind, double value);
+
+    /// Initialize and fill `solver` the way the optimisations do (every coefficient of each row,
+    /// then its kind, then the objective); false if Initialize refused.
+    bool loadInto(ClpSolve& solver) const;
+    /// c.x in the caller's terms.
+    double objectiveAt(const std::vector<double>& x) const;
+};
+
+} // namespace kilnova
