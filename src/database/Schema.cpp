@@ -2,6 +2,7 @@
 
 #include "chemistry/Elements.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace kilnova {
@@ -217,6 +218,17 @@ std::optional<Table> Schema::tableByName(const QString& name)
             return t.id;
     }
     return std::nullopt;
+}
+
+bool Schema::nameLess(const QString& a, const QString& b)
+{
+    const QByteArray x = a.toUtf8(), y = b.toUtf8();
+    auto folded = [](char c) {
+        const auto u = static_cast<unsigned char>(c);
+        return u >= 'A' && u <= 'Z' ? u + ('a' - 'A') : u;
+    };
+    return std::lexicographical_compare(x.begin(), x.end(), y.begin(), y.end(),
+                                        [&](char l, char r) { return folded(l) < folded(r); });
 }
 
 QString Schema::quoted(const QString& identifier)

@@ -70,6 +70,9 @@ public:
 
     /// Bracketed for SQL: "[backup-Blast]".
     static QString quoted(const QString& identifier);
+    /// Orders names as the database does for text columns: ASCII letters without regard to case,
+    /// everything else by its UTF-8 bytes.
+    static bool nameLess(const QString& a, const QString& b);
 
     /// The statements that build an empty database, in creation order, the four Actual stockpiles
     /// included.

@@ -5,6 +5,7 @@
 #include "common/PrintfFormat.h"
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
+#include "database/Schema.h"
 #include "database/Transaction.h"
 #include "optimise/BlastReport.h"
 #include "optimise/BlendSummary.h"
@@ -14,7 +15,20 @@
 #include <QSqlQuery>
 #include <QStandardPaths>
 
+#include <algorithm>
+
 namespace kilnova {
+
+namespace {
+
+/// The names in the order the source list shows them (by name, as the database sorts).
+QStringList listed(QStringList names)
+{
+    std::stable_sort(names.begin(), names.end(), Schema::nameLess);
+    return names;
+}
+
+} // namespace
 
 const QStringList& BlastOptimization::modeChoices()
 {
@@ -62,7 +76,7 @@ BlastOptimization::BlastOptimization(ProjectDatabase& db, const COptimizationPar
     , mFilter(p.coordinateFilter != 0)
     , mBounds{p.eastMinimum,  p.eastMaximum,      p.northMinimum,
               p.northMaximum, p.elevationMinimum, p.elevationMaximum}
-    , mSelection(p.selectedSources)
+    , mSelection(listed(p.selectedSources))
 {
     for (int k = 0; k < kElementCount; ++k) {
         if (mConstraints[static_cast<std::size_t>(k)].isActive())
@@ -157,6 +171,11 @@ QStringList BlastOptimization::sourceNames() const
     return names;
 }
 
+void BlastOptimization::setSelection(const QStringList& names)
+{
+    mSelection = listed(names);
+}
+
 QString BlastOptimization::sourceCaption() const
 {
     return mFilter ? QStringLiteral("Blasts (filtered)") : QStringLiteral("Blasts");
@@ -171,15 +190,11 @@ QString BlastOptimization::runningTotal() const
 {
     if (mSelection.isEmpty())
         return {};
-    RecordTable blasts(mDb, Table::Blast);
     double total = 0.0;
     std::array<double, kElementCount> sums{};
-    for (const QString& name : mSelection) {
-        const std::optional<Record> blast = blasts.find({name, {}});
-        if (!blast)
-            continue;
-        const double quantity = blast->number(QStringLiteral("Quantity"));
-        const Analysis a = blast->analysis();
+    for (const Record& blast : RecordTable(mDb, Table::Blast).findNames(mSelection)) {
+        const double quantity = blast.number(QStringLiteral("Quantity"));
+        const Analysis a = blast.analysis();
         total += quantity;
         // Missing values (-1) are summed like any other here, on purpose.
         for (std::size_t k = 0; k < kElementCount; ++k)

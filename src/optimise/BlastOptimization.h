@@ -69,7 +69,9 @@ public:
     QString sourceCaption() const;
 
     const QStringList& selection() const { return mSelection; }
-    void setSelection(const QStringList& names) { mSelection = names; }
+    /// Keeps the names in the order of the source list, whoever passes them: the blend can depend
+    /// on the order of the sources when several are equally good.
+    void setSelection(const QStringList& names);
     /// "Quantity …; Titration …; …" over the selected blasts; empty with nothing selected.
     QString runningTotal() const;
     /// The selected blast's whole record, for "View Source".

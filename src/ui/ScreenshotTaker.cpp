@@ -1,7 +1,9 @@
 #include "ui/ScreenshotTaker.h"
 
 #include "project/CKilnovaDoc.h"
+#include "ui/BlastResultsWindow.h"
 #include "ui/CMainFrame.h"
+#include "ui/COptimizeBlasts.h"
 #include "ui/QuietPrompt.h"
 #include "ui/RecordDialog.h"
 #include "ui/TableDialog.h"
@@ -51,6 +53,24 @@ int ScreenshotTaker::run(const QString& project, const QString& dialog, const QS
         return 1;
     if (dialog.isEmpty())
         return save(&frame, output) ? 0 : 1;
+
+    if (dialog == QLatin1String("optimize-blasts") || dialog == QLatin1String("optimize-results")) {
+        if (!doc.database())
+            return 1;
+        COptimizeBlasts optimize(*doc.database(), doc.settings().blastOptimization, prompt, {}, &frame);
+        optimize.show();
+        if (dialog == QLatin1String("optimize-blasts"))
+            return save(&optimize, output) ? 0 : 1;
+        const BlastOptimization::Result result = optimize.optimization().optimize();
+        if (!result.outcome.solved) {
+            std::fprintf(stderr, "%s\n", qPrintable(result.outcome.message));
+            return 1;
+        }
+        BlastResultsWindow results(result, doc, prompt, &frame);
+        results.resize(820, 640);
+        results.show();
+        return save(&results, output) ? 0 : 1;
+    }
 
     const std::map<QString, Table> tables = {{"blast", Table::Blast},         {"stockpile", Table::Stockpile},
                                              {"crude", Table::Crude},         {"clinker", Table::Clinker},

@@ -14,7 +14,6 @@ namespace {
 
 class CombineCliTest : public CliFixture {
 protected:
-
     /// A project whose stored settings ask for SiO2 14 from 1000 t, ranked by CaO closest to 45, over
     /// A and B (600 t + 400 t) and C', which cannot give the 200 t a pair with A would need.
     void SetUp() override

@@ -25,13 +25,11 @@ QByteArray contents(const QString& path)
 
 class ImportCliTest : public CliFixture {
 protected:
-
     void SetUp() override
     {
         ASSERT_EQ(run({"create", "plant.kndb"}).status, 0);
         ASSERT_EQ(run({"project", "new", "plant.knv", "--db", "plant.kndb"}).status, 0);
     }
-
 
     QStringList names(Table table)
     {
@@ -69,7 +67,8 @@ TEST_F(ImportCliTest, ReadsTheWorkbookSourceTheOptionsName)
     };
     for (const Case& c : cases) {
         ASSERT_EQ(run({"create", "plant.kndb", "--force"}).status, 0);
-        const CliRun r = run(QStringList{"import", "blasts", "plant.knv", fixture("blasts.xlsx")} + c.options);
+        const CliRun r =
+            run(QStringList{"import", "blasts", "plant.knv", fixture("blasts.xlsx")} + c.options);
         EXPECT_EQ(r.status, 0) << r.err.toStdString();
         EXPECT_EQ(r.out, QStringLiteral("You have imported %1 data records from file %2\n")
                              .arg(c.count)

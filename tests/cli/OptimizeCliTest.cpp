@@ -45,7 +45,6 @@ protected:
         p.selectedSources = {"B1", "B2"};
         ProjectFile::save(s, mDir.filePath("plant.knv"));
     }
-
 };
 
 TEST_F(OptimizeCliTest, PrintsTheReportOfTheStoredSettings)
@@ -79,6 +78,9 @@ TEST_F(OptimizeCliTest, JsonSelectionAndFailures)
     EXPECT_EQ(tonnes[1].toObject()["blast"].toString(), "B3");
     EXPECT_NEAR(tonnes[1].toObject()["tonnes"].toDouble(), 200, 1e-6);
     EXPECT_NEAR(o["mix"].toObject()["CaO"].toDouble(), 48, 1e-6);
+    // The sources take the order of the dialog's list, however they are typed.
+    EXPECT_EQ(run({"optimize", "blasts", mDir.filePath("plant.knv"), "--select", "b3", "B1", "--json"}).out,
+              json.out);
 
     const CliRun one = run({"optimize", "blasts", mDir.filePath("plant.knv"), "--select", "B1"});
     EXPECT_EQ(one.status, 1);
@@ -91,7 +93,8 @@ TEST_F(OptimizeCliTest, JsonSelectionAndFailures)
 
 TEST_F(OptimizeCliTest, StoreAndSubtract)
 {
-    const CliRun r = run({"optimize", "blasts", mDir.filePath("plant.knv"), "--store", "Pile 7", "--subtract"});
+    const CliRun r =
+        run({"optimize", "blasts", mDir.filePath("plant.knv"), "--store", "Pile 7", "--subtract"});
     ASSERT_EQ(r.status, 0) << r.err.toStdString();
     EXPECT_TRUE(
         r.out.endsWith("Stored the blend as stockpile \"Pile 7\" and subtracted it from the blasts.\n"));

@@ -3,6 +3,8 @@
 
 #include <QSqlQuery>
 
+#include <algorithm>
+
 namespace kilnova {
 namespace {
 
@@ -32,6 +34,26 @@ TEST_F(SchemaTest, FreshDatabaseHoldsOnlyTheFourActualStockpiles)
         for (float v : stockpiles[i].analysis())
             EXPECT_EQ(v, -1.0f); // CostFactor of a stockpile defaults to -1 too
     }
+}
+
+TEST_F(SchemaTest, NamesAreOrderedAsTheDatabaseOrdersThem)
+{
+    // Letters fold to lower case before they are compared, so "[" and "_" come before "Z"; letters
+    // beyond ASCII keep their case and follow every ASCII character.
+    QStringList names = {"b", "Z", "[pit]", "A2", "a10", "_x", "ä", "Ä", "O'Brien", "o", "1", "é"};
+    RecordTable blasts(*mDb, Table::Blast);
+    for (const QString& name : names) {
+        Record b(Table::Blast);
+        b.setValue("Name", name);
+        blasts.add(b);
+    }
+    QSqlQuery q = mDb->exec("SELECT [Name] FROM [Blast] ORDER BY [Name]");
+    QStringList byDatabase;
+    while (q.next())
+        byDatabase << q.value(0).toString();
+    std::sort(names.begin(), names.end(), Schema::nameLess);
+    EXPECT_EQ(names, byDatabase);
+    EXPECT_EQ(byDatabase.first(), "1");
 }
 
 TEST_F(SchemaTest, TablesAndColumnsAreInCreationOrder)

@@ -95,6 +95,8 @@ TEST_F(BlastOptimizationTest, OptimizeWritesTheDebugDumpAndReport)
     p.selectedSources = {"North 1", "East 2"};
     BlastOptimization o(*mDb, p);
     ASSERT_FALSE(o.addConstraint(elementIndex(Element::SiO2), 12, 15));
+    // The sources follow the order of the list, so a selection typed in any order gives one blend.
+    EXPECT_EQ(o.selection(), QStringList({"East 2", "North 1"}));
     const BlastOptimization::Result r = o.optimize(path("debug.txt"));
     ASSERT_TRUE(r.outcome.solved) << r.outcome.message.toStdString();
     EXPECT_TRUE(
@@ -102,7 +104,7 @@ TEST_F(BlastOptimizationTest, OptimizeWritesTheDebugDumpAndReport)
         << r.report.toStdString();
     QFile dump(path("debug.txt"));
     ASSERT_TRUE(dump.open(QIODevice::ReadOnly));
-    EXPECT_EQ(dump.readLine(), QByteArray("     -5.00      5.00      0.00 IBT:    1\n"));
+    EXPECT_EQ(dump.readLine(), QByteArray("      5.00     -5.00      0.00 IBT:    1\n"));
 
     o.setSelection({"North 1", "Pit 3"});
     EXPECT_EQ(o.optimize().outcome.message,
