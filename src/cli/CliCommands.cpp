@@ -26,7 +26,8 @@ const char* const kUsage = R"(Usage: kilnova-cli COMMAND ...
 Commands:
   create DB [--force]                 create a project database (--force replaces an existing file)
   status DB                           show the record counts of a project database
-  project new PROJECT.knv --db DB     write a project with default settings that uses database DB
+  project new PROJECT.knv --db DB [--force]
+                                      write a project with default settings that uses database DB
   project show PROJECT.knv            print every setting stored in a project as JSON
   combine PROJECT.knv (--select NAME... | --all)
                                       report the pairs of blasts that meet the project's combination targets
@@ -123,17 +124,25 @@ int CliCommands::status(const QStringList& args)
     return doc.isConnected() && !prompt.sawError() ? 0 : 1;
 }
 
-int CliCommands::projectNew(const QStringList& args)
+int CliCommands::projectNew(const QStringList& arguments)
 {
+    QStringList args = arguments;
+    const bool force = args.removeAll(QStringLiteral("--force")) > 0;
     const qsizetype dbOption = args.indexOf(QStringLiteral("--db"));
     if (args.size() != 3 || dbOption < 0 || dbOption == args.size() - 1)
         return usage(QStringLiteral("project new needs PROJECT.knv --db DB"));
     const QString database = args[dbOption + 1];
-    const QString project = args[dbOption == 0 ? 2 : 0];
+    const QString project = absolute(args[dbOption == 0 ? 2 : 0]);
+    // A project holds every setting of every dialog: it is not lost to a mistyped name.
+    if (QFileInfo::exists(project) && !force) {
+        mErr << QStringLiteral("%1 already exists; add --force to replace it.\n")
+                    .arg(QDir::toNativeSeparators(project));
+        return 1;
+    }
     CKilnovaDoc doc;
     doc.settings().databasePath = absolute(database);
     CliPrompt prompt(mOut, mErr);
-    return doc.saveDocument(absolute(project), prompt) ? 0 : 1;
+    return doc.saveDocument(project, prompt) ? 0 : 1;
 }
 
 int CliCommands::projectShow(const QStringList& args)

@@ -15,7 +15,7 @@ public:
 private:
     int create(const QStringList& args);
     int status(const QStringList& args);
-    int projectNew(const QStringList& args);
+    int projectNew(const QStringList& arguments);
     int projectShow(const QStringList& args);
     int usage(const QString& problem = {});
 

@@ -5,7 +5,9 @@
 #include "common/PrintfFormat.h"
 #include "common/UserPrompt.h"
 #include "database/DatabaseError.h"
+#include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
+
 
 namespace kilnova {
 
@@ -33,7 +35,8 @@ QString withCounts(const QString& text, std::initializer_list<int> counts)
 } // namespace
 
 BlastCombiner::BlastCombiner(ProjectDatabase& db, const CCombinationParameters& parameters, UserPrompt& ui)
-    : mTables(db)
+    : mDb(db)
+    , mTables(db)
     , mParameters(parameters)
     , mUi(ui)
 {
@@ -44,11 +47,21 @@ void BlastCombiner::reportFailure(const QString& details)
     mUi.showMessage(message(Msg::DatabaseOperationFailed), UserPrompt::Icon::Error, details);
 }
 
+bool BlastCombiner::databaseFileIsThere()
+{
+    const auto gone = mDb.missingFileMessage();
+    if (gone)
+        mUi.showMessage(*gone, UserPrompt::Icon::Error);
+    return !gone;
+}
+
 bool BlastCombiner::open()
 {
     mPeriod = 1;
     mSources.clear();
     mSelected.clear();
+    if (!databaseFileIsThere())
+        return false;
     try {
         mTables.refresh();
         fillSources();
@@ -61,6 +74,8 @@ bool BlastCombiner::open()
 
 bool BlastCombiner::close()
 {
+    if (!databaseFileIsThere())
+        return false;
     try {
         mTables.clearBlasts();
         return true;
@@ -243,7 +258,7 @@ std::optional<CombinationOutcome> BlastCombiner::combine(const CombinationProgre
 
 bool BlastCombiner::applyResults(const CSuccessfulComb& chosen, int windowPeriod)
 {
-    if (windowPeriod <= mPeriod)
+    if (windowPeriod <= mPeriod || !databaseFileIsThere())
         return false;
     QStringList deleted;
     try {
@@ -272,7 +287,7 @@ bool BlastCombiner::applyResults(const CSuccessfulComb& chosen, int windowPeriod
 
 bool BlastCombiner::updateBlastTable()
 {
-    if (!mUi.askYesNo(message(Msg::ConfirmUpdateBlastTable)))
+    if (!mUi.askYesNo(message(Msg::ConfirmUpdateBlastTable)) || !databaseFileIsThere())
         return false;
     try {
         mTables.writeBack();

@@ -75,8 +75,11 @@ public:
 
 private:
     void reportFailure(const QString& details);
+    /// False, the user told, when the database file has gone from under the open connection.
+    bool databaseFileIsThere();
     void fillSources();
 
+    ProjectDatabase& mDb;
     WorkingBlastTables mTables;
     CCombinationParameters mParameters;
     UserPrompt& mUi;

@@ -17,6 +17,9 @@ std::optional<int> propertyIndex(const QString& name)
 std::variant<CombinationRequest, QString> CombinationRequest::fromParameters(const CCombinationParameters& p,
                                                                              int period)
 {
+    // Without tonnes every pair would take nothing, and the shares and grades would be 0 / 0.
+    if (!(p.targetTonnage > 0))
+        return message(Msg::CombinationTonnageMissing);
     CombinationRequest r;
     r.tonnage = p.targetTonnage;
     r.period = period;

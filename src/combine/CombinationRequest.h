@@ -42,8 +42,8 @@ struct CombinationRequest {
 
     bool needsInventory() const { return inventory.on || ranking == Ranking::InventoryGrade; }
 
-    /// The request for these parameters, or the message that says why they cannot run: more than
-    /// one target, or a restriction or ranking switched on without a property.
+    /// The request for these parameters, or the message that says why they cannot run: no tonnes to
+    /// make, more than one target, or a restriction or ranking switched on without a property.
     static std::variant<CombinationRequest, QString> fromParameters(const CCombinationParameters& p,
                                                                     int period);
 };

@@ -182,13 +182,17 @@ bool CombinationSearch::evaluate(int i, int j, Pair& pair) const
 bool CombinationSearch::mix(int i, int j, Pair& pair) const
 {
     const int members[2] = {i, j};
+    // Most pairs fail here; they are turned away before anything is summed for them.
+    for (int k = 0; k < mEquations; ++k) {
+        const double x = pair.taken[static_cast<std::size_t>(k)];
+        if (x < 0 || x > blast(members[k]).Quantity)
+            return false;
+    }
     pair.combined.fill(0.0f);
     pair.total = 0.0;
     for (int k = 0; k < mEquations; ++k) {
         const BLASTSD& b = blast(members[k]);
         const double x = pair.taken[static_cast<std::size_t>(k)];
-        if (x < 0 || x > b.Quantity)
-            return false;
         pair.total += x;
         for (std::size_t p = 0; p < kElementCount; ++p) {
             float& m = pair.combined[p];

@@ -39,6 +39,30 @@ void deleteRows(ProjectDatabase& db, Table table)
     db.exec(QStringLiteral("DELETE FROM %1").arg(tableName(table)));
 }
 
+/// Holds off the cascade from the working blasts to their deviations while it lives. SQLite takes the
+/// setting only outside a transaction, so a guard lives around the transaction, not in it.
+class CascadeHeldOff final {
+public:
+    explicit CascadeHeldOff(ProjectDatabase& db)
+        : mDb(db)
+    {
+        mDb.exec(QStringLiteral("PRAGMA foreign_keys = OFF"));
+    }
+    ~CascadeHeldOff()
+    {
+        try {
+            mDb.exec(QStringLiteral("PRAGMA foreign_keys = ON"));
+        } catch (const DatabaseError&) {
+            // A connection that cannot take a pragma fails its next statement anyway.
+        }
+    }
+    CascadeHeldOff(const CascadeHeldOff&) = delete;
+    CascadeHeldOff& operator=(const CascadeHeldOff&) = delete;
+
+private:
+    ProjectDatabase& mDb;
+};
+
 /// The filter has always compared against its bounds as printed with six decimals.
 double asPrinted(double bound)
 {
@@ -64,6 +88,8 @@ void WorkingBlastTables::refresh()
 
 void WorkingBlastTables::clearBlasts()
 {
+    // Only the blasts go: the working deviations stay until the next opening replaces them.
+    const CascadeHeldOff heldOff(mDb);
     Transaction transaction(mDb);
     deleteRows(mDb, Table::TempBlast);
     transaction.commit();

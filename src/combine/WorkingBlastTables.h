@@ -40,7 +40,7 @@ public:
 
     /// Replaces both working copies with the permanent tables, column by column.
     void refresh();
-    /// Deletes every working blast (their deviations follow them).
+    /// Deletes every working blast; the working deviations are left as they are.
     void clearBlasts();
     /// Replaces Blast and stdBlast with the working copies; blasts taken out completely are gone.
     void writeBack();

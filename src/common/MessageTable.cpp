@@ -15,9 +15,9 @@ const QHash<int, QString>& table()
         {26504, QStringLiteral("Open a Stockpile data File")},
         {27000, QStringLiteral("Format of Blast data records")},
         {27001, QStringLiteral("Format of Stockpile data records")},
-        {27501, QStringLiteral("Blast data files (*.rsv);;Blast data files (*.txt)")},
-        {27502, QStringLiteral("Excel 95/97 workbooks (*.xls)")},
-        {27503, QStringLiteral("Stockpile data files (*.rsv);;Stockpile data files (*.txt)")},
+        {27501, QStringLiteral("Blast data files (*.rsv)|*.rsv|Blast data files (*.txt)|*.txt||")},
+        {27502, QStringLiteral("Excel 95/97 workbooks (*.xls)|*.xls||")},
+        {27503, QStringLiteral("Stockpile data files (*.rsv)|*.rsv|Stockpile data files (*.txt)|*.txt||")},
         {28000, QStringLiteral("This project is already connected to a database. Do you want overwrite this "
                                "link with a new database?")},
         {28001, QStringLiteral("Error: This database cannot be overwritten.")},
@@ -74,6 +74,7 @@ const QHash<int, QString>& table()
         {30804,
          QStringLiteral("The blast \"%1\" is not in the list of sources: it is not in the Blast table, "
                         "has no tonnes left or lies outside the coordinate filter.")},
+        {30805, QStringLiteral("Enter a target tonnage greater than 0, then combine again.")},
 
         {30000, QStringLiteral("Kilnova project databases (*.kndb)")},
         {30001,
@@ -89,7 +90,7 @@ const QHash<int, QString>& table()
         {30005, QStringLiteral("The project cannot be saved as %1.")},
         {30006, QStringLiteral("Save changes to %1?")},
         {30007, QStringLiteral("The database operation failed; nothing was changed.")},
-        {30700, QStringLiteral("Excel workbooks (*.xlsx);;Comma-separated values (*.csv)")},
+        {30700, QStringLiteral("Excel workbooks (*.xlsx)|*.xlsx|Comma-separated values (*.csv)|*.csv||")},
         {30701, QStringLiteral("The import from %1 stopped at %2: %3\nRecords imported before that point and "
                                "kept: %4.")},
         {30702, QStringLiteral("The import from %1 stopped at %2: %3\nNothing was imported.")},
@@ -109,6 +110,8 @@ const QHash<int, QString>& table()
         {30305, QStringLiteral("The record \"%1\" was not saved: %2")},
         {30306, QStringLiteral("No record was deleted: %1")},
         {30307, QStringLiteral("The %1 table cannot be read: %2")},
+        {30308, QStringLiteral("The four Actual stockpiles keep their Name and Source, and no other "
+                               "stockpile may take them.")},
     };
     return texts;
 }

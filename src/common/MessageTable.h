@@ -53,6 +53,7 @@ enum class Msg : int {
     CombinationTargetAlreadySet = 30802,
     CombinationTargetNotSet = 30803,
     BlastNotInSourceList = 30804,
+    CombinationTonnageMissing = 30805,
 
     // Texts of this program's own.
     DatabaseFileFilter = 30000,
@@ -82,6 +83,7 @@ enum class Msg : int {
     RecordNotSaved,
     RecordsNotDeleted,
     CannotReadTable,
+    ActualStockpileKeyKept,
 };
 
 /// The exact text of a message with %1, %2, ... filled in from args (numbers are formatted by the

@@ -11,6 +11,7 @@ namespace kilnova {
 class UserPrompt {
 public:
     enum class Icon { Information, Warning, Error };
+    enum class Answer { Yes, No, Cancel };
 
     struct FileRequest {
         QString title;
@@ -27,6 +28,11 @@ public:
 
     /// A Yes/No question; true for Yes.
     virtual bool askYesNo(const QString& question) = 0;
+    /// A Yes/No/Cancel question ("Save changes to ...?"). One that cannot offer Cancel asks Yes/No.
+    virtual Answer askYesNoCancel(const QString& question)
+    {
+        return askYesNo(question) ? Answer::Yes : Answer::No;
+    }
     /// A message with only an OK button. Details, when given, explain a failure for support.
     virtual void showMessage(const QString& text, Icon icon = Icon::Information,
                              const QString& details = {}) = 0;

@@ -1,7 +1,11 @@
 #include "database/BackupRestore.h"
 
+#include "common/MessageTable.h"
+#include "database/DatabaseError.h"
+#include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
 #include "database/Transaction.h"
+
 
 #include <cmath>
 
@@ -9,7 +13,13 @@ namespace kilnova {
 
 namespace {
 const QString kQuantity = QStringLiteral("Quantity");
+
+void requireDatabaseFile(const ProjectDatabase& db)
+{
+    if (const auto gone = db.missingFileMessage())
+        throw DatabaseError(*gone);
 }
+} // namespace
 
 BackupRestore::BackupRestore(ProjectDatabase& db, Kind kind)
     : mDb(db)
@@ -17,16 +27,21 @@ BackupRestore::BackupRestore(ProjectDatabase& db, Kind kind)
 {
 }
 
+Table BackupRestore::backupTable() const
+{
+    return mKind == Kind::Blasts ? Table::BackupBlast : Table::BackupStockpile;
+}
+
 std::vector<Record> BackupRestore::rows() const
 {
-    return RecordTable(mDb, mKind == Kind::Blasts ? Table::BackupBlast : Table::BackupStockpile).all();
+    return RecordTable(mDb, backupTable()).all();
 }
 
 bool BackupRestore::restoreOne(const Record& listed)
 {
     const bool blasts = mKind == Kind::Blasts;
     const RecordKey key = listed.key();
-    RecordTable backups(mDb, blasts ? Table::BackupBlast : Table::BackupStockpile);
+    RecordTable backups(mDb, backupTable());
     RecordTable working(mDb, blasts ? Table::Blast : Table::Stockpile);
     const std::vector<Record> candidates = backups.findAll(key);
     std::vector<Record> deviationBackups;
@@ -79,6 +94,7 @@ bool BackupRestore::restoreOne(const Record& listed)
 
 std::vector<Record> BackupRestore::restore(const std::vector<Record>& listed)
 {
+    requireDatabaseFile(mDb);
     Transaction transaction(mDb);
     std::vector<Record> restored;
     for (const Record& row : listed) {
@@ -91,8 +107,9 @@ std::vector<Record> BackupRestore::restore(const std::vector<Record>& listed)
 
 void BackupRestore::deleteBackups()
 {
+    requireDatabaseFile(mDb);
     Transaction transaction(mDb);
-    RecordTable(mDb, mKind == Kind::Blasts ? Table::BackupBlast : Table::BackupStockpile).removeAll();
+    RecordTable(mDb, backupTable()).removeAll();
     transaction.commit();
 }
 

@@ -16,12 +16,16 @@ public:
 
     BackupRestore(ProjectDatabase& db, Kind kind);
 
+    /// backup-Blast or backup-Stockpile.
+    Table backupTable() const;
+
     /// The backup rows as the restore dialog lists them, in table order.
     std::vector<Record> rows() const;
 
     /// Restores the listed rows, in order, in one transaction. A row is found by its Name (and Source
     /// for stockpiles); when several backups share the key, the one whose Quantity lies within 0.1
-    /// of the listed Quantity. Returns the rows that were restored. Throws DatabaseError.
+    /// of the listed Quantity. Returns the rows that were restored. Throws DatabaseError, also when
+    /// the database file is gone.
     std::vector<Record> restore(const std::vector<Record>& listed);
 
     /// Deletes every backup row: backup-Blast only for blasts (their deviations stay in

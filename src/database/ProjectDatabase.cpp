@@ -1,5 +1,6 @@
 #include "database/ProjectDatabase.h"
 
+#include "common/MessageTable.h"
 #include "database/DatabaseError.h"
 #include "database/Transaction.h"
 
@@ -9,6 +10,7 @@
 #include <QFileInfo>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QTemporaryFile>
 
 namespace kilnova {
 
@@ -88,22 +90,28 @@ std::unique_ptr<ProjectDatabase> ProjectDatabase::create(const QString& path)
         throw DatabaseError(QStringLiteral("%1 is read-only.").arg(QDir::toNativeSeparators(path)));
 
     // Build the new database beside the target and put it in place only once it is complete, so a
-    // failure never costs the user the file that was there.
-    const QString building = path + QStringLiteral(".new");
-    QFile::remove(building);
+    // failure never costs the user the file that was there. The name is a fresh one, so no file of
+    // the user's is taken for a leftover.
+    QString building;
     {
+        QTemporaryFile reserved(path + QStringLiteral(".XXXXXX.new"));
+        reserved.setAutoRemove(false);
+        if (!reserved.open())
+            throw DatabaseError(QStringLiteral("The database cannot be written as %1: %2")
+                                    .arg(QDir::toNativeSeparators(path), reserved.errorString()));
+        building = reserved.fileName();
+    }
+    try {
         std::unique_ptr<ProjectDatabase> db(new ProjectDatabase(building, connect(building)));
         db->exec(QStringLiteral("PRAGMA foreign_keys = ON"));
-        try {
-            Transaction transaction(*db);
-            for (const QString& statement : Schema::creationStatements())
-                db->exec(statement);
-            transaction.commit();
-        } catch (...) {
-            db.reset();
-            QFile::remove(building);
-            throw;
-        }
+        Transaction transaction(*db);
+        for (const QString& statement : Schema::creationStatements())
+            db->exec(statement);
+        transaction.commit();
+    } catch (...) {
+        // The connection is closed by now, so the half-built file can go.
+        QFile::remove(building);
+        throw;
     }
     if (QFile::exists(path) && !QFile::remove(path)) {
         QFile::remove(building);
@@ -182,6 +190,13 @@ long ProjectDatabase::count(Table table)
     QSqlQuery query =
         exec(QStringLiteral("SELECT COUNT(*) FROM %1").arg(Schema::quoted(Schema::table(table).name)));
     return query.next() ? query.value(0).toLongLong() : 0;
+}
+
+std::optional<QString> ProjectDatabase::missingFileMessage() const
+{
+    if (QFileInfo::exists(mPath))
+        return std::nullopt;
+    return message(Msg::DatabaseFileGone, {QDir::toNativeSeparators(mPath)});
 }
 
 } // namespace kilnova

@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 
 class QSqlQuery;
 
@@ -43,6 +44,10 @@ public:
 
     /// Number of records of a table.
     long count(Table table);
+
+    /// SQLite goes on writing into a file deleted under it, and the work would be lost with it: every
+    /// writing command asks this first. The message to show once the file is gone, else nothing.
+    std::optional<QString> missingFileMessage() const;
 
 private:
     ProjectDatabase(QString path, QSqlDatabase db);

@@ -1,6 +1,8 @@
 #include "database/Record.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <stdexcept>
 
 namespace kilnova {
@@ -14,8 +16,13 @@ QVariant normalised(const ColumnDef& column, const QVariant& value)
         return value.toString();
     case ColumnType::Double:
         return value.toDouble();
-    case ColumnType::Single:
-        return static_cast<double>(static_cast<float>(value.toDouble()));
+    case ColumnType::Single: {
+        // A value no float can hold is kept as it is, for the database to refuse.
+        const double v = value.toDouble();
+        if (!(std::abs(v) <= static_cast<double>(std::numeric_limits<float>::max())))
+            return v;
+        return static_cast<double>(static_cast<float>(v));
+    }
     }
     return value;
 }

@@ -18,7 +18,8 @@ struct RecordKey {
 };
 
 /// One record of any table, its values in column order. A new record holds the column defaults.
-/// Values set into Single columns are rounded to single precision, as the database stores them.
+/// Values set into Single columns are rounded to single precision, as the database stores them; one
+/// beyond the range of a float is kept as given, for the database to refuse.
 class Record final {
 public:
     explicit Record(Table table);

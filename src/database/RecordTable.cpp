@@ -185,20 +185,51 @@ void RecordTable::removeAll()
 
 QString RecordTable::readableError(const QString& engineText, const Record* record) const
 {
-    const QString table = definition().name;
+    const TableDef& def = definition();
+    const QString table = def.name;
     const QString name = record ? record->name() : QString();
+    // The engine names the column after the colon: "CHECK constraint failed: SiO2",
+    // "NOT NULL constraint failed: Blast.East", "cannot store TEXT value in REAL column Blast.East".
+    auto failedColumn = [&](const QString& separator) -> const ColumnDef* {
+        const qsizetype at = engineText.lastIndexOf(separator);
+        if (at < 0)
+            return nullptr;
+        QString column = engineText.mid(at + separator.size()).trimmed();
+        column = column.mid(column.lastIndexOf(u'.') + 1);
+        const int index = def.columnIndex(column);
+        return index < 0 ? nullptr : &def.columns[static_cast<std::size_t>(index)];
+    };
+    auto about = [&](const ColumnDef& column, const char* problem) {
+        return QStringLiteral("The %1 of the %2 record \"%3\" %4.")
+            .arg(column.name, table, name, QLatin1StringView(problem));
+    };
+
     if (engineText.contains(QLatin1String("UNIQUE constraint failed")))
         return QStringLiteral("The %1 table already holds a record named \"%2\".").arg(table, name);
     if (engineText.contains(QLatin1String("FOREIGN KEY constraint failed")))
         return QStringLiteral("The %1 record \"%2\" has no matching blast.").arg(table, name);
-    if (engineText.contains(QLatin1String("CHECK constraint failed")))
+    if (engineText.contains(QLatin1String("CHECK constraint failed"))) {
+        const ColumnDef* column = failedColumn(QStringLiteral(":"));
+        if (column && column->type == ColumnType::Single)
+            return about(*column, "is beyond the range of a single-precision number");
+        if (column && column->type == ColumnType::Double)
+            return about(*column, "is not a finite number");
+        if (column)
+            return about(*column, "is empty or longer than 50 characters");
         return QStringLiteral("A text column of the %1 record \"%2\" is empty or longer than %3 characters.")
             .arg(table, name)
             .arg(Schema::kTextLength);
-    if (engineText.contains(QLatin1String("NOT NULL constraint failed")))
+    }
+    if (engineText.contains(QLatin1String("NOT NULL constraint failed"))) {
+        if (const ColumnDef* column = failedColumn(QStringLiteral(":")))
+            return about(*column, "has no value");
         return QStringLiteral("A column of the %1 record \"%2\" has no value.").arg(table, name);
-    if (engineText.contains(QLatin1String("cannot store")))
+    }
+    if (engineText.contains(QLatin1String("cannot store"))) {
+        if (const ColumnDef* column = failedColumn(QStringLiteral(" column ")))
+            return about(*column, "is not a number");
         return QStringLiteral("A value of the %1 record \"%2\" is not a number.").arg(table, name);
+    }
     return engineText;
 }
 

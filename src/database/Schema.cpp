@@ -3,6 +3,7 @@
 #include "chemistry/Elements.h"
 
 #include <algorithm>
+#include <limits>
 #include <stdexcept>
 
 namespace kilnova {
@@ -133,15 +134,25 @@ QString literal(const ColumnDef& column)
 
 QString columnDdl(const ColumnDef& column)
 {
+    // Each CHECK is named after its column, so a refusal can tell the user which value was wrong.
     const QString name = Schema::quoted(column.name);
-    if (column.type == ColumnType::Text) {
+    switch (column.type) {
+    case ColumnType::Text:
         // Required, no zero-length text, at most 50 characters, compared without regard to case.
-        return QStringLiteral(
-                   "%1 TEXT NOT NULL DEFAULT %2 COLLATE NOCASE CHECK (length(%1) BETWEEN 1 AND %3)")
+        return QStringLiteral("%1 TEXT NOT NULL DEFAULT %2 COLLATE NOCASE CONSTRAINT %1 CHECK (length(%1) "
+                              "BETWEEN 1 AND %3)")
             .arg(name, literal(column))
             .arg(Schema::kTextLength);
+    case ColumnType::Single:
+        // A value a 32-bit float cannot hold overflows, as it would in a Single field.
+        return QStringLiteral("%1 REAL NOT NULL DEFAULT %2 CONSTRAINT %1 CHECK (abs(%1) <= %3)")
+            .arg(name, literal(column),
+                 QString::number(static_cast<double>(std::numeric_limits<float>::max()), 'g', 17));
+    case ColumnType::Double:
+        break;
     }
-    return QStringLiteral("%1 REAL NOT NULL DEFAULT %2").arg(name, literal(column));
+    return QStringLiteral("%1 REAL NOT NULL DEFAULT %2 CONSTRAINT %1 CHECK (abs(%1) <= %3)")
+        .arg(name, literal(column), QString::number(std::numeric_limits<double>::max(), 'g', 17));
 }
 
 QString tableDdl(const TableDef& table)

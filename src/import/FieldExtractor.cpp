@@ -29,6 +29,42 @@ struct Terminated {
     }
 };
 
+/// The part of text that reads as a decimal number: blanks, a sign, digits with at most one point
+/// (at least one digit), and an exponent only when a digit follows its letter. Hexadecimal, "inf"
+/// and "nan" are not numbers here: a lab export's "NaN" reads as no digits, that is 0.
+std::size_t decimalPrefix(const char* text)
+{
+    auto digit = [text](std::size_t i) {
+        return text[i] >= '0' && text[i] <= '9';
+    };
+    std::size_t i = 0;
+    while (text[i] == ' ' || (text[i] >= '\t' && text[i] <= '\r'))
+        ++i;
+    if (text[i] == '+' || text[i] == '-')
+        ++i;
+    std::size_t digits = 0;
+    for (; digit(i); ++i)
+        ++digits;
+    if (text[i] == '.') {
+        ++i;
+        for (; digit(i); ++i)
+            ++digits;
+    }
+    if (digits == 0)
+        return 0;
+    if (text[i] == 'e' || text[i] == 'E') {
+        std::size_t exponent = i + 1;
+        if (text[exponent] == '+' || text[exponent] == '-')
+            ++exponent;
+        if (digit(exponent)) {
+            i = exponent;
+            while (digit(i))
+                ++i;
+        }
+    }
+    return i;
+}
+
 } // namespace
 
 QByteArrayView FieldExtractor::cut(const char* line, int position, int length, bool* error)
@@ -53,7 +89,8 @@ QString FieldExtractor::text(const char* line, int position, int length, bool* e
 
 double FieldExtractor::number(const char* line, int position, int length, bool* error)
 {
-    const Terminated value(cut(line, position, length, error));
+    Terminated value(cut(line, position, length, error));
+    value.text[decimalPrefix(value.text)] = '\0';
     return strtod_l(value.text, nullptr, cLocale());
 }
 

@@ -15,8 +15,8 @@ public:
     static QByteArrayView cut(const char* line, int position, int length, bool* error = nullptr);
     /// The characters as they stand, blanks included, decoded from code page 1252.
     static QString text(const char* line, int position, int length, bool* error = nullptr);
-    /// C's atof, whatever the locale: leading blanks skipped, the number ends at the first character
-    /// that cannot continue it, no digits give 0.
+    /// C's atof on decimal numbers, whatever the locale: leading blanks skipped, the number ends at the
+    /// first character that cannot continue it, no digits give 0 ("NaN", "inf" and "0x1A" read as 0).
     static double number(const char* line, int position, int length, bool* error = nullptr);
     /// C's atoi, whatever the locale.
     static int integer(const char* line, int position, int length, bool* error = nullptr);

@@ -4,6 +4,7 @@
 #include "common/UserPrompt.h"
 #include "database/DatabaseError.h"
 #include "database/ProjectDatabase.h"
+#include "import/FileFilter.h"
 #include "import/ImportDialogs.h"
 #include "import/ImportPreview.h"
 #include "import/ImportResult.h"
@@ -52,6 +53,14 @@ void ImportWorkflow::fail(const QString& text, const QString& details, ImportOut
     outcome.status = ImportOutcome::Status::Failed;
 }
 
+bool ImportWorkflow::databaseFileIsThere(ImportOutcome& outcome)
+{
+    const auto gone = mDb.missingFileMessage();
+    if (gone)
+        fail(*gone, {}, outcome);
+    return !gone;
+}
+
 void ImportWorkflow::report(const ImportResult& result, const QString& path, bool countMessage,
                             ImportOutcome& outcome)
 {
@@ -74,10 +83,12 @@ ImportOutcome ImportWorkflow::importText(ImportTarget target)
 {
     const bool blasts = target == ImportTarget::Blast;
     ImportOutcome outcome;
+    if (!databaseFileIsThere(outcome))
+        return outcome;
 
     UserPrompt::FileRequest request;
     request.title = message(blasts ? Msg::BlastFileDialogTitle : Msg::StockpileFileDialogTitle);
-    request.filter = message(blasts ? Msg::BlastFileFilter : Msg::StockpileFileFilter);
+    request.filter = FileFilter::fromPairs(message(blasts ? Msg::BlastFileFilter : Msg::StockpileFileFilter));
     request.defaultSuffix = QStringLiteral("rsv");
     const std::optional<QString> path = mUi.chooseFile(request);
     if (!path)
@@ -100,6 +111,8 @@ ImportOutcome ImportWorkflow::importText(ImportTarget target)
         fail(message(Msg::NotATextFile, {shown(*path)}), {}, outcome);
         return outcome;
     }
+    if (!databaseFileIsThere(outcome))
+        return outcome;
     ImportResult result;
     try {
         result = TextImporter(target, mBlastSpec, mStockpileSpec).import(mDb, file);
@@ -118,6 +131,8 @@ ImportOutcome ImportWorkflow::importText(ImportTarget target)
 ImportOutcome ImportWorkflow::importWorkbook(ImportTarget target)
 {
     ImportOutcome outcome;
+    if (!databaseFileIsThere(outcome))
+        return outcome;
     WorkbookSourceForm form;
     if (!mDialogs.chooseWorkbookSource(form, mUi))
         return outcome;
@@ -128,6 +143,8 @@ ImportOutcome ImportWorkflow::importWorkbook(ImportTarget target)
         return outcome;
     }
 
+    if (!databaseFileIsThere(outcome))
+        return outcome;
     try {
         mDb.exec(QStringLiteral("DROP TABLE IF EXISTS %1").arg(Schema::quoted(linkedTableName(target))));
     } catch (const DatabaseError& e) {

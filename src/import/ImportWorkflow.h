@@ -41,6 +41,8 @@ public:
     static QString linkedTableName(ImportTarget target);
 
 private:
+    /// False, with the message, when the project database file was deleted or moved away.
+    bool databaseFileIsThere(ImportOutcome& outcome);
     /// Shows how an import ended and sets the outcome's status and count.
     void report(const ImportResult& result, const QString& path, bool countMessage, ImportOutcome& outcome);
     void fail(const QString& text, const QString& details, ImportOutcome& outcome);

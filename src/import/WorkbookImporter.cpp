@@ -9,18 +9,19 @@
 
 #include <QLocale>
 
+#include <cmath>
+
 namespace kilnova {
 
 namespace {
 
 /// A cell as the value of a number column: numbers as they are, texts when they read as a number.
+/// "NaN" and "inf" are not: no column can hold them.
 std::optional<double> asNumber(const QVariant& value)
 {
-    if (value.typeId() == QMetaType::Double)
-        return value.toDouble();
-    bool ok = false;
-    const double number = QLocale::c().toDouble(value.toString().trimmed(), &ok);
-    return ok ? std::optional<double>(number) : std::nullopt;
+    bool ok = value.typeId() == QMetaType::Double;
+    const double number = ok ? value.toDouble() : QLocale::c().toDouble(value.toString().trimmed(), &ok);
+    return ok && std::isfinite(number) ? std::optional<double>(number) : std::nullopt;
 }
 
 } // namespace

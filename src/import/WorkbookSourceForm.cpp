@@ -1,6 +1,7 @@
 #include "import/WorkbookSourceForm.h"
 
 #include "common/MessageTable.h"
+#include "import/FileFilter.h"
 
 namespace kilnova {
 
@@ -37,7 +38,8 @@ UserPrompt::FileRequest WorkbookSourceForm::browseRequest() const
     UserPrompt::FileRequest request;
     request.title = message(Msg::WorkbookDialogTitle);
     // Excel 95/97 first, as always; the newer workbooks and comma-separated files plants have today after.
-    request.filter = message(Msg::WorkbookFilter) + QStringLiteral(";;") + message(Msg::OtherWorkbookFilters);
+    request.filter = FileFilter::fromPairs(message(Msg::WorkbookFilter)) + QStringLiteral(";;") +
+                     FileFilter::fromPairs(message(Msg::OtherWorkbookFilters));
     request.defaultSuffix = QStringLiteral("xls");
     request.initialPath = mWorkbookPath;
     return request;

@@ -3,9 +3,11 @@
 #include "common/MessageTable.h"
 #include "common/UserPrompt.h"
 #include "database/DatabaseError.h"
+#include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
 #include "database/Schema.h"
 #include "database/Transaction.h"
+
 
 namespace kilnova {
 
@@ -26,6 +28,8 @@ std::optional<Table> SourceUpdate::backupOf(Table source)
 void SourceUpdate::store(ProjectDatabase& db, const Blend& blend, const std::vector<Take>& takes,
                          bool subtract)
 {
+    if (const std::optional<QString> gone = db.missingFileMessage())
+        throw DatabaseError(*gone);
     Transaction transaction(db);
 
     Record record(blend.table);
@@ -80,6 +84,10 @@ bool SourceUpdate::storeAsking(ProjectDatabase& db, UserPrompt& ui, const QStrin
     }
     blend.name = name;
     const bool subtract = ui.askYesNo(message(Msg::SubtractQuantities));
+    if (const std::optional<QString> gone = db.missingFileMessage()) {
+        ui.showMessage(*gone, UserPrompt::Icon::Error);
+        return false;
+    }
     try {
         store(db, blend, takes, subtract);
     } catch (const DatabaseError& e) {

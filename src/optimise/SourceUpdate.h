@@ -37,7 +37,7 @@ public:
     static std::optional<Table> backupOf(Table source);
 
     /// All of it in one transaction, or nothing. A source that is no longer there is skipped. Throws
-    /// DatabaseError.
+    /// DatabaseError, also when the database file is gone.
     static void store(ProjectDatabase& db, const Blend& blend, const std::vector<Take>& takes, bool subtract);
 
     /// The whole command: asks for the new record's name (refusing an empty one or one over 50

@@ -31,6 +31,11 @@ QString CKilnovaDoc::displayName() const
     return mFilePath.isEmpty() ? QStringLiteral("Untitled") : QFileInfo(mFilePath).fileName();
 }
 
+std::optional<QString> CKilnovaDoc::missingDatabaseFile() const
+{
+    return mDatabase ? mDatabase->missingFileMessage() : std::nullopt;
+}
+
 void CKilnovaDoc::closeDatabase()
 {
     mDatabase.reset();
@@ -108,6 +113,10 @@ void CKilnovaDoc::showStatus(UserPrompt& ui)
 {
     if (!isConnected())
         return;
+    if (const auto gone = missingDatabaseFile()) {
+        ui.showMessage(*gone, UserPrompt::Icon::Error);
+        return;
+    }
     try {
         ui.showMessage(statusText());
     } catch (const DatabaseError& e) {

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 namespace kilnova {
 
@@ -26,6 +27,9 @@ public:
     bool isConnected() const { return mDatabase != nullptr; }
     /// The open project database, or nullptr while not connected.
     ProjectDatabase* database() { return mDatabase.get(); }
+    /// Connected, but the database file was deleted or moved away since: the message saying so, else
+    /// nothing. Whatever is written now would be lost with the file.
+    std::optional<QString> missingDatabaseFile() const;
 
     /// Every stored setting except the chemistry, which lives in chemCoefficients().
     ProjectSettings& settings() { return mSettings; }
@@ -45,7 +49,8 @@ public:
     void createDatabase(UserPrompt& ui);
     /// Database > Connect: asks, chooses an existing project database and connects to it.
     void connectDatabase(UserPrompt& ui);
-    /// Database > Status: the record counts of the six material tables; nothing while not connected.
+    /// Database > Status: the record counts of the six material tables; nothing while not connected,
+    /// and a message instead of counts when the database file has gone.
     void showStatus(UserPrompt& ui);
     /// The Status text, or an empty string while not connected. Throws DatabaseError.
     QString statusText();

@@ -125,6 +125,8 @@ std::optional<QString> CommandTable::refusal(CommandId id, const CKilnovaDoc& do
         return message(Msg::NotAvailableYet, {info.menuPath.join(QStringLiteral(" > "))});
     if (info.needsDatabase && !doc.isConnected())
         return message(Msg::NotConnected);
+    if (info.needsDatabase)
+        return doc.missingDatabaseFile();
     return std::nullopt;
 }
 

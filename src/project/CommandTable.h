@@ -61,7 +61,8 @@ public:
     static const std::vector<CommandInfo>& commands();
     static const CommandInfo& command(CommandId id);
 
-    /// Why the command cannot run for this document now (no database, not built yet), or nothing.
+    /// Why the command cannot run for this document now (not built yet, no database, or its file gone
+    /// from under the connection), or nothing.
     static std::optional<QString> refusal(CommandId id, const CKilnovaDoc& doc);
 };
 

@@ -7,8 +7,6 @@
 #include "database/RecordTable.h"
 #include "database/Transaction.h"
 
-#include <QDir>
-#include <QFileInfo>
 
 #include <algorithm>
 
@@ -65,13 +63,10 @@ std::optional<RecordForm> TableEditor::formForRow(int row)
 
 bool TableEditor::databaseFileIsThere()
 {
-    // SQLite keeps writing into a file that was deleted under it, and the work would silently be
-    // lost with it; say so instead.
-    if (QFileInfo::exists(mDb.path()))
-        return true;
-    mUi.showMessage(message(Msg::DatabaseFileGone, {QDir::toNativeSeparators(mDb.path())}),
-                    UserPrompt::Icon::Error);
-    return false;
+    const auto gone = mDb.missingFileMessage();
+    if (gone)
+        mUi.showMessage(*gone, UserPrompt::Icon::Error);
+    return !gone;
 }
 
 std::optional<QString> TableEditor::nameClash(const Record& record)
@@ -84,6 +79,25 @@ std::optional<QString> TableEditor::nameClash(const Record& record)
             return message(Msg::DuplicateRecordName, {Schema::table(mTable).name, record.name()});
     }
     return std::nullopt;
+}
+
+bool TableEditor::movesAnActualKey(const Record& record) const
+{
+    if (mTable != Table::Stockpile)
+        return false;
+    // The key as stored, not as the form last held it: a refused rename must stay refused when
+    // the same form is saved again.
+    std::optional<RecordKey> stored;
+    if (record.rowId()) {
+        if (const std::optional<int> row = mModel.rowOf(*record.rowId()))
+            stored = mModel.record(*row).key();
+    }
+    const RecordKey key = record.key();
+    if (stored == key)
+        return false;
+    // Renaming an Actual stockpile would delete it in all but name, and a second record under its
+    // key could never be deleted again (deleting goes by key).
+    return (stored && isActualStockpile(*stored)) || isActualStockpile(key);
 }
 
 qint64 TableEditor::writeDeviations(Record deviations)
@@ -104,6 +118,10 @@ bool TableEditor::save(RecordForm& form)
 {
     if (const std::optional<RecordForm::Problem> problem = form.apply()) {
         mUi.showMessage(problem->message, UserPrompt::Icon::Warning);
+        return false;
+    }
+    if (movesAnActualKey(form.record())) {
+        mUi.showMessage(message(Msg::ActualStockpileKeyKept), UserPrompt::Icon::Warning);
         return false;
     }
     if (!databaseFileIsThere())

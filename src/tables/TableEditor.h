@@ -15,7 +15,8 @@ class UserPrompt;
 /// table and adds, rewrites and deletes them. Every writing command runs in one transaction and
 /// either completes or leaves the database as it was; every refusal or failure is told to the user
 /// and the caller's dialog stays open. A blast is written together with its standard deviations; a
-/// duplicate blast, additive or coal name is refused; the four Actual stockpiles are never deleted.
+/// duplicate blast, additive or coal name is refused; the four Actual stockpiles are never deleted
+/// nor renamed.
 class TableEditor final {
 public:
     TableEditor(ProjectDatabase& db, Table table, UserPrompt& ui);
@@ -37,6 +38,7 @@ public:
 
     /// Stores a form: adds its record, or rewrites the one it was opened on, and lists it (the form's
     /// record then carries its row id). Returns false after telling the user why nothing was written.
+    /// The four Actual stockpiles keep their keys, and no other stockpile may take one.
     bool save(RecordForm& form);
     /// The list row of a record that was read or stored, if it is listed.
     std::optional<int> rowOf(const Record& record) const;
@@ -53,6 +55,9 @@ private:
     bool databaseFileIsThere();
     /// The name clash that refuses a record of a Name-keyed table, as a message.
     std::optional<QString> nameClash(const Record& record);
+    /// True when a stockpile save would take an Actual stockpile's Name or Source away from it, or
+    /// give such a key to another stockpile.
+    bool movesAnActualKey(const Record& record) const;
     /// Writes a blast's deviations beside it (rewriting its record when it has one); returns its row id.
     qint64 writeDeviations(Record deviations);
 

@@ -55,7 +55,7 @@ void BackupDialog::fill()
         mRows.clear();
         mUi.showMessage(message(Msg::DatabaseOperationFailed), UserPrompt::Icon::Error, e.message());
     }
-    const TableDef& def = mRows.empty() ? Schema::table(Table::BackupBlast) : mRows.front().definition();
+    const TableDef& def = Schema::table(mRestore.backupTable());
     mList->clear();
     mList->setColumnCount(static_cast<int>(def.columns.size()));
     mList->setHorizontalHeaderLabels(def.columnNames());

@@ -10,15 +10,17 @@ namespace kilnova {
 
 class UserPrompt;
 
-/// "Backup Blasts" / "Backup Stockpiles": the backup rows, several selectable, "Restore" and "Done".
-class BackupDialog final : public QDialog {
+/// A restore dialog: the rows of a backup table under its column names, several selectable,
+/// "Restore" and "Done". BackupBlastRecords and CBackupStockpileRecords are its two kinds.
+class BackupDialog : public QDialog {
     Q_OBJECT
 public:
-    BackupDialog(ProjectDatabase& db, BackupRestore::Kind kind, UserPrompt& ui, QWidget* parent = nullptr);
-
     /// Restores the selected rows, in list order, and lists what is left.
     void restoreSelected();
     int rowCount() const;
+
+protected:
+    BackupDialog(ProjectDatabase& db, BackupRestore::Kind kind, UserPrompt& ui, QWidget* parent);
 
 private:
     void fill();

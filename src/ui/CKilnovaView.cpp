@@ -40,14 +40,16 @@ void CKilnovaView::refresh()
 {
     mProject->setText(mDoc.filePath().isEmpty() ? QStringLiteral("not saved yet")
                                                 : QDir::toNativeSeparators(mDoc.filePath()));
+    const bool fileGone = mDoc.missingDatabaseFile().has_value();
     if (mDoc.databasePath().isEmpty())
         mDatabase->setText(QStringLiteral("none \u2014 use Database > Create or Database > Connect"));
     else
-        mDatabase->setText(
-            QDir::toNativeSeparators(mDoc.databasePath()) +
-            (mDoc.isConnected() ? QStringLiteral(" (connected)") : QStringLiteral(" (not connected)")));
+        mDatabase->setText(QDir::toNativeSeparators(mDoc.databasePath()) +
+                           (fileGone                  ? QStringLiteral(" (the file is no longer there)")
+                            : mDoc.isConnected()      ? QStringLiteral(" (connected)")
+                                                      : QStringLiteral(" (not connected)")));
 
-    if (!mDoc.isConnected()) {
+    if (!mDoc.isConnected() || fileGone) {
         mCounts->setText(QStringLiteral("\u2014"));
         return;
     }

@@ -3,8 +3,9 @@
 #include "common/MessageTable.h"
 #include "database/DatabaseError.h"
 #include "project/CKilnovaDoc.h"
-#include "ui/BackupDialog.h"
+#include "ui/BackupBlastRecords.h"
 #include "ui/BlastResultsWindow.h"
+#include "ui/CBackupStockpileRecords.h"
 #include "ui/CChemicalEquationsParms.h"
 #include "ui/CClinkerProcess.h"
 #include "ui/CCombineBlasts.h"
@@ -182,7 +183,9 @@ void CMainFrame::editChemicalEquations()
 void CMainFrame::optimizeBlasts()
 {
     auto showResults = [this](const BlastOptimization::Result& result) {
-        BlastResultsWindow window(result, mDoc, *mPrompt, this);
+        // Modal over the optimisation dialog, which stays open for another run.
+        QWidget* over = QApplication::activeModalWidget();
+        BlastResultsWindow window(result, mDoc, *mPrompt, over ? over : this);
         window.exec();
     };
     COptimizeBlasts dialog(*mDoc.database(), mDoc.settings().blastOptimization, *mPrompt, showResults, this);
@@ -194,8 +197,10 @@ void CMainFrame::optimizeBlasts()
 
 void CMainFrame::restoreBackups(BackupRestore::Kind kind)
 {
-    BackupDialog dialog(*mDoc.database(), kind, *mPrompt, this);
-    dialog.exec();
+    if (kind == BackupRestore::Kind::Blasts)
+        BackupBlastRecords(*mDoc.database(), *mPrompt, this).exec();
+    else
+        CBackupStockpileRecords(*mDoc.database(), *mPrompt, this).exec();
 }
 
 void CMainFrame::deleteBackups(BackupRestore::Kind kind)
@@ -289,12 +294,15 @@ bool CMainFrame::maybeSave()
 {
     if (!mDoc.isModified())
         return true;
-    const auto answer = QMessageBox::question(
-        this, QStringLiteral("Kilnova"), tr("Save changes to %1?").arg(mDoc.displayName()),
-        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel, QMessageBox::Save);
-    if (answer == QMessageBox::Cancel)
-        return false;
-    return answer == QMessageBox::Discard || save();
+    switch (mPrompt->askYesNoCancel(message(Msg::SaveChangesQuestion, {mDoc.displayName()}))) {
+    case UserPrompt::Answer::Yes:
+        return save();
+    case UserPrompt::Answer::No:
+        return true;
+    case UserPrompt::Answer::Cancel:
+        break;
+    }
+    return false;
 }
 
 void CMainFrame::updateRecentFiles()

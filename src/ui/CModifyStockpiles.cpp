@@ -5,7 +5,7 @@ namespace kilnova {
 CModifyStockpiles::CModifyStockpiles(ProjectDatabase& db, UserPrompt& ui, QWidget* parent)
     : TableDialog(db, Table::Stockpile, Mode::Modify, ui, parent)
 {
-    // The Actual stockpiles are protected by the editor's delete rule; nothing else differs.
+    // The editor keeps the Actual stockpiles (never deleted, never renamed); nothing else differs.
     setObjectName(QStringLiteral("CModifyStockpiles"));
 }
 

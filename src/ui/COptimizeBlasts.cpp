@@ -266,7 +266,9 @@ void COptimizeBlasts::refreshSources()
     mSources->clear();
     mSources->addItems(names);
     for (int i = 0; i < mSources->count(); ++i)
-        mSources->item(i)->setSelected(selected.contains(mSources->item(i)->text()));
+        mSources->item(i)->setSelected(selected.contains(mSources->item(i)->text(), Qt::CaseInsensitive));
+    if (const QList<QListWidgetItem*> shown = mSources->selectedItems(); !shown.isEmpty())
+        mSources->scrollToItem(shown.first());
     mSourceCaption->setText(mOptimization.sourceCaption());
     selectionChanged();
 }
@@ -307,6 +309,8 @@ void COptimizeBlasts::optimize()
     }
     if (mShowResults)
         mShowResults(result);
+    // Storing the blend may have reduced or deleted blasts: list what is there now.
+    refreshSources();
 }
 
 void COptimizeBlasts::accept()

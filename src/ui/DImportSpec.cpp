@@ -35,7 +35,8 @@ DImportSpec::DImportSpec(ImportSpecEditor& editor, QWidget* parent)
     , mDecimals(spinBox("Decimals", 0, ImportSpecEditor::kMaxDecimals))
     , mPreview(new QPlainTextEdit)
 {
-    setWindowTitle(editor.title());
+    // Each caller names the records the layout is for; without a name the dialog says what it is.
+    setWindowTitle(editor.title().isEmpty() ? tr("Import dataset specifications") : editor.title());
     mField->setObjectName(QStringLiteral("Field"));
     mField->addItems(editor.fieldNames());
     mDecimals->setEnabled(editor.decimalsEnabled());

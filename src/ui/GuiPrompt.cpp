@@ -1,9 +1,9 @@
 #include "ui/GuiPrompt.h"
 
+#include "ui/CPromptDlg.h"
+
 #include <QApplication>
 #include <QFileDialog>
-#include <QInputDialog>
-#include <QLineEdit>
 #include <QMessageBox>
 
 namespace kilnova {
@@ -17,6 +17,20 @@ bool GuiPrompt::askYesNo(const QString& question)
 {
     return QMessageBox::question(mParent, QApplication::applicationDisplayName(), question,
                                  QMessageBox::Yes | QMessageBox::No, QMessageBox::No) == QMessageBox::Yes;
+}
+
+UserPrompt::Answer GuiPrompt::askYesNoCancel(const QString& question)
+{
+    switch (QMessageBox::question(mParent, QApplication::applicationDisplayName(), question,
+                                  QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel,
+                                  QMessageBox::Yes)) {
+    case QMessageBox::Yes:
+        return Answer::Yes;
+    case QMessageBox::No:
+        return Answer::No;
+    default:
+        return Answer::Cancel;
+    }
 }
 
 void GuiPrompt::showMessage(const QString& text, Icon icon, const QString& details)
@@ -48,12 +62,7 @@ std::optional<QString> GuiPrompt::chooseFile(const FileRequest& request)
 
 std::optional<QString> GuiPrompt::askText(const QString& prompt, const QString& initial)
 {
-    bool ok = false;
-    const QString text = QInputDialog::getText(mParent, QApplication::applicationDisplayName(), prompt,
-                                               QLineEdit::Normal, initial, &ok);
-    if (!ok)
-        return std::nullopt;
-    return text;
+    return CPromptDlg::ask(mParent, prompt, initial);
 }
 
 } // namespace kilnova

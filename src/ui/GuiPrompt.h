@@ -13,6 +13,7 @@ public:
     explicit GuiPrompt(QWidget* parent);
 
     bool askYesNo(const QString& question) override;
+    Answer askYesNoCancel(const QString& question) override;
     void showMessage(const QString& text, Icon icon, const QString& details) override;
     std::optional<QString> chooseFile(const FileRequest& request) override;
     std::optional<QString> askText(const QString& prompt, const QString& initial) override;

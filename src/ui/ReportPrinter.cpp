@@ -8,6 +8,8 @@
 #include <QPainter>
 #include <QPdfWriter>
 
+#include <algorithm>
+
 namespace kilnova {
 
 ReportPrinter::ReportPrinter(const QString& reportText)
@@ -19,13 +21,26 @@ ReportPrinter::ReportPrinter(const QString& reportText)
     mLines = text.split('\n');
 }
 
+QFont ReportPrinter::fontFor(QPaintDevice& device, int pageWidth) const
+{
+    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    font.setPointSizeF(kPointSize);
+    // A line wider than the page (a long blast name) is not cut: the whole report gets smaller.
+    int widest = 0;
+    const QFontMetrics metrics(font, &device);
+    for (const QString& line : mLines)
+        widest = std::max(widest, metrics.horizontalAdvance(line));
+    if (widest > pageWidth && pageWidth > 0)
+        font.setPointSizeF(std::max(kSmallestPointSize, kPointSize * pageWidth / widest * 0.98));
+    return font;
+}
+
 int ReportPrinter::print(QPagedPaintDevice& device) const
 {
     QPainter painter(&device);
     if (!painter.isActive())
         return 0;
-    QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    font.setPointSizeF(9);
+    const QFont font = fontFor(device, painter.viewport().width());
     painter.setFont(font);
     const QFontMetrics metrics(font, &device);
     const int lineHeight = metrics.lineSpacing();

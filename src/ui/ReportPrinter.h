@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QFont>
 #include <QString>
 #include <QStringList>
 
 class QPagedPaintDevice;
+class QPaintDevice;
 
 namespace kilnova {
 
@@ -17,6 +19,13 @@ public:
     int print(QPagedPaintDevice& device) const;
     /// Writes the report as a PDF file; false if the file cannot be written.
     bool writePdf(const QString& path) const;
+
+    /// The fixed-pitch font the report is printed in: 9 points, or smaller (down to 6) when its
+    /// widest line would not fit in pageWidth device pixels.
+    QFont fontFor(QPaintDevice& device, int pageWidth) const;
+
+    static constexpr double kPointSize = 9.0;
+    static constexpr double kSmallestPointSize = 6.0;
 
 private:
     QStringList mLines;

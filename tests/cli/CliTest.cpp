@@ -88,6 +88,15 @@ TEST_F(CliTest, ProjectNewWritesADefaultDocumentThatShowPrints)
     const QJsonDocument json = QJsonDocument::fromJson(shown.out.toUtf8(), &error);
     ASSERT_EQ(error.error, QJsonParseError::NoError) << shown.out.toStdString();
     EXPECT_EQ(json.object().value("databasePath").toString(), path("plant.kndb"));
+
+    // An existing project keeps its settings unless --force says otherwise.
+    const CliRun again = run({"project", "new", "plant.knv", "--db", "other.kndb"});
+    EXPECT_EQ(again.status, 1);
+    EXPECT_EQ(again.err, path("plant.knv") + " already exists; add --force to replace it.\n");
+    EXPECT_EQ(ProjectFile::load(path("plant.knv")).settings.databasePath, path("plant.kndb"));
+    const CliRun forced = run({"project", "new", "--force", "plant.knv", "--db", "other.kndb"});
+    EXPECT_EQ(forced.status, 0) << forced.err.toStdString();
+    EXPECT_EQ(ProjectFile::load(path("plant.knv")).settings.databasePath, path("other.kndb"));
 }
 
 } // namespace

@@ -93,6 +93,11 @@ TEST_F(OptimizeCliTest, JsonSelectionAndFailures)
 
 TEST_F(OptimizeCliTest, StoreAndSubtract)
 {
+    for (const QString& name : {QString(), QString(51, 'x')}) {
+        const CliRun refused = run({"optimize", "blasts", mDir.filePath("plant.knv"), "--store", name});
+        EXPECT_EQ(refused.status, 1);
+        EXPECT_EQ(refused.err, "A name must have between 1 and 50 characters.\n");
+    }
     const CliRun r =
         run({"optimize", "blasts", mDir.filePath("plant.knv"), "--store", "Pile 7", "--subtract"});
     ASSERT_EQ(r.status, 0) << r.err.toStdString();
@@ -104,6 +109,7 @@ TEST_F(OptimizeCliTest, StoreAndSubtract)
     EXPECT_NEAR(RecordTable(*db, Table::Blast).find({"B1", {}})->number("Quantity"), 200.0, 1e-4);
     EXPECT_NEAR(RecordTable(*db, Table::Blast).find({"B2", {}})->number("Quantity"), 800.0, 1e-4);
     EXPECT_EQ(db->count(Table::BackupBlast), 2);
+    EXPECT_EQ(db->count(Table::Stockpile), 5) << "the refused names stored nothing";
 }
 
 } // namespace

@@ -5,6 +5,9 @@
 #include "support/ScriptedPrompt.h"
 #include "support/TempProject.h"
 
+#include <QDir>
+#include <QFile>
+
 namespace kilnova {
 namespace {
 
@@ -56,7 +59,13 @@ TEST_F(BlastCombinerTest, OpeningRefreshesBothWorkingCopiesAndListsOnlyBlastsWit
 
     ASSERT_TRUE(combiner.close());
     EXPECT_EQ(names(Table::TempBlast), QStringList());
+    EXPECT_EQ(names(Table::TempStdBlast), QStringList({"B1", "Empty", "B3"})) << "the deviations stay";
     EXPECT_EQ(names(Table::Blast), QStringList({"B1", "Empty", "B3"}));
+    RecordTable(*mDb, Table::Blast).remove({"Empty", {}});
+    EXPECT_EQ(names(Table::StdBlast), QStringList({"B1", "B3"})) << "the cascade is on again";
+
+    ASSERT_TRUE(combiner.open());
+    EXPECT_EQ(names(Table::TempStdBlast), QStringList({"B1", "B3"}));
     EXPECT_TRUE(mUi.messages.empty());
 }
 
@@ -130,6 +139,10 @@ TEST_F(BlastCombinerTest, CombineRefusesWhatCannotRunWithItsMessage)
     };
     const Case cases[] = {
         {"one source", {"B1"}, [](CCombinationParameters&) {}, "Please, select at least 2 sources"},
+        {"no tonnage",
+         {"B1", "B2"},
+         [](CCombinationParameters& p) { p.targetTonnage = 0; },
+         "Enter a target tonnage greater than 0, then combine again."},
         {"two targets",
          {"B1", "B2"},
          [](CCombinationParameters& p) {
@@ -160,6 +173,18 @@ TEST_F(BlastCombinerTest, CombineRefusesWhatCannotRunWithItsMessage)
         EXPECT_FALSE(combiner.combine()) << c.what;
         EXPECT_EQ(ui.messageTexts(), QStringList{c.message}) << c.what;
     }
+}
+
+TEST_F(BlastCombinerTest, CancelledRunShowsNothingAndWritesNothing)
+{
+    addSeries();
+    BlastCombiner combiner(*mDb, sio2Target(), mUi);
+    ASSERT_TRUE(combiner.open());
+    combiner.selectAll();
+    EXPECT_FALSE(combiner.combine([](long long, long long) { return false; }));
+    EXPECT_TRUE(mUi.messages.empty()) << "not even the count of no successful pairs";
+    EXPECT_EQ(names(Table::TempBlast), QStringList({"B1", "B2", "B3", "O'Neill"}));
+    EXPECT_EQ(combiner.period(), 1);
 }
 
 TEST_F(BlastCombinerTest, TooFewBlastsLoadedShowsItsTextWithThePrintfFieldUnfilled)
@@ -271,6 +296,29 @@ TEST_F(BlastCombinerTest, UpdateBlastTableThatFailsLeavesBlastAsItWas)
     EXPECT_EQ(mUi.messages[0].text, "The database operation failed; nothing was changed.");
     EXPECT_EQ(mUi.messages[0].icon, UserPrompt::Icon::Error);
     EXPECT_TRUE(mUi.messages[0].details.contains("disk full"));
+}
+
+TEST_F(BlastCombinerTest, VanishedDatabaseFileIsToldAndNothingIsWrittenIntoIt)
+{
+    addSeries();
+    BlastCombiner combiner(*mDb, sio2Target(), mUi);
+    ASSERT_TRUE(combiner.open());
+    ASSERT_TRUE(combiner.applyResults(CSuccessfulComb{{"B3", "O'Neill"}, {300, 300}}, 2));
+    ASSERT_TRUE(QFile::remove(mDb->path()));
+
+    EXPECT_FALSE(combiner.applyResults(CSuccessfulComb{{"B1", "B2"}, {360, 240}}, 3));
+    EXPECT_EQ(combiner.period(), 2);
+    mUi.yesNoAnswers = {true};
+    EXPECT_FALSE(combiner.updateBlastTable());
+    EXPECT_FALSE(combiner.close());
+    const QString gone = "The database file " + QDir::toNativeSeparators(mDb->path()) +
+                         " is no longer there, so nothing was written. Connect the project to its "
+                         "database again.";
+    EXPECT_EQ(mUi.messageTexts(), QStringList(3, gone));
+    // The connection still reads the deleted file: none of the three wrote into it.
+    EXPECT_EQ(quantity(Table::TempBlast, "B1"), 1000);
+    EXPECT_EQ(names(Table::TempBlast), QStringList({"B1", "B2", "B3"}));
+    EXPECT_EQ(names(Table::Blast), QStringList({"B1", "B2", "B3", "O'Neill"}));
 }
 
 TEST_F(BlastCombinerTest, ViewSourceShowsTheWorkingRecordAndItsDeviations)

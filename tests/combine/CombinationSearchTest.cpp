@@ -178,7 +178,8 @@ TEST(CombinationSearch, EachRestrictionRejectsAtItsBoundary)
 TEST(CombinationSearch, RanksStrictlySoTheFirstOfEqualPairsStaysBest)
 {
     // With SiO2 14 from 1000 t, (A, X) takes 600 t of A and 400 t of X; (B, C) cannot pair.
-    // Combined CaO of (A, X) = 30 + 0.4·CaO(X); combined CaO deviation √(30² + (0.4·CaO(X))²).
+    // Combined CaO of (A, X) = 30 + 0.4·CaO(X); combined CaO deviation √(30² + (0.4·CaO(X))²);
+    // CaO left by (A, B) in the other 2000 t: 10 + 0.3·CaO(B) + 0.5·CaO(C).
     struct Case {
         const char* what;
         CombinationRequest::Ranking ranking;
@@ -193,6 +194,12 @@ TEST(CombinationSearch, RanksStrictlySoTheFirstOfEqualPairsStaysBest)
          0},
         {"mode 2: a smaller deviation replaces", CombinationRequest::Ranking::SmallestDeviation, 40, 35, 1},
         {"mode 2: a larger one does not", CombinationRequest::Ranking::SmallestDeviation, 35, 40, 0},
+        // Mode 1 keeps the inventory distance of (A, B), |62 - 45| = 17 with CaO(C) 80 or 17.5 with 81,
+        // and compares the combined distance of (A, C) with it: 17 does not replace, 17.4 does.
+        {"mode 1: combined distance equal to the kept one, the first stays",
+         CombinationRequest::Ranking::InventoryGrade, 40, 80, 0},
+        {"mode 1: combined distance below the kept one replaces", CombinationRequest::Ranking::InventoryGrade,
+         40, 81, 1},
     };
     for (const Case& c : cases) {
         CombinationRequest r = request(1000, 14);

@@ -2,6 +2,7 @@
 #include "database/DatabaseError.h"
 #include "database/RecordTable.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSqlQuery>
 #include <QTemporaryDir>
@@ -46,6 +47,7 @@ TEST_F(ProjectDatabaseTest, OpenRefusesWhatIsNotAProjectDatabase)
 
 TEST_F(ProjectDatabaseTest, CreateReplacesAnExistingFileWithAFreshDatabase)
 {
+    write("p.kndb.new", "a file of the user's that only looks like a leftover");
     {
         auto db = ProjectDatabase::create(path("p.kndb"));
         Record b(Table::Blast);
@@ -55,7 +57,11 @@ TEST_F(ProjectDatabaseTest, CreateReplacesAnExistingFileWithAFreshDatabase)
     auto db = ProjectDatabase::create(path("p.kndb"));
     EXPECT_EQ(db->count(Table::Blast), 0);
     EXPECT_EQ(db->count(Table::Stockpile), 4);
-    EXPECT_FALSE(QFile::exists(path("p.kndb.new")));
+    EXPECT_EQ(QDir(mDir.path()).entryList(QDir::Files), QStringList({"p.kndb", "p.kndb.new"}))
+        << "nothing left behind, nothing of the user's taken";
+    QFile user(path("p.kndb.new"));
+    ASSERT_TRUE(user.open(QIODevice::ReadOnly));
+    EXPECT_EQ(user.readAll(), "a file of the user's that only looks like a leftover");
 }
 
 TEST_F(ProjectDatabaseTest, CreateInAMissingFolderFailsAndWritesNothing)

@@ -3,6 +3,9 @@
 #include "database/Transaction.h"
 #include "support/TempProject.h"
 
+#include <cmath>
+#include <limits>
+
 namespace kilnova {
 namespace {
 
@@ -53,18 +56,58 @@ TEST_F(RecordTableTest, SingleColumnsHoldFloatRoundedValuesAndDoublesStayExact)
     EXPECT_EQ(stored.analysis()[elementIndex(Element::CaO)], 45.123456789f);
 }
 
-TEST_F(RecordTableTest, DuplicateNameIsRefusedWithAReadableMessageAndNothingWritten)
+TEST_F(RecordTableTest, RefusalsNameTheValueAtFaultAndWriteNothing)
 {
     RecordTable blasts(*mDb, Table::Blast);
     blasts.add(blast("B1", 10));
-    try {
-        blasts.add(blast("B1", 20));
-        FAIL() << "a second blast B1 was accepted";
-    } catch (const DatabaseError& e) {
-        EXPECT_EQ(e.message(), "The Blast table already holds a record named \"B1\".");
+    struct Case {
+        const char* what;
+        Table table;
+        const char* column;
+        QVariant value;
+        QString expected;
+    };
+    const double infinity = std::numeric_limits<double>::infinity();
+    const std::vector<Case> cases = {
+        {"duplicate name in another case", Table::Blast, "Name", "b1",
+         "The Blast table already holds a record named \"b1\"."},
+        {"empty name", Table::Blast, "Name", "",
+         "The Name of the Blast record \"\" is empty or longer than 50 characters."},
+        {"51 characters", Table::Blast, "Name", QString(51, u'x'),
+         QStringLiteral("The Name of the Blast record \"%1\" is empty or longer than 50 characters.")
+             .arg(QString(51, u'x'))},
+        {"empty source", Table::Stockpile, "Source", "",
+         "The Source of the Stockpile record \"B2\" is empty or longer than 50 characters."},
+        {"beyond a Single", Table::Blast, "SiO2", 1e39,
+         "The SiO2 of the Blast record \"B2\" is beyond the range of a single-precision number."},
+        {"infinite Single", Table::Additives, "CaO", -infinity,
+         "The CaO of the Additives record \"B2\" is beyond the range of a single-precision number."},
+        {"infinite Double", Table::Blast, "East", infinity,
+         "The East of the Blast record \"B2\" is not a finite number."},
+        {"not a number", Table::Coal, "BTU", std::nan(""), "The BTU of the Coal record \"B2\" has no value."},
+    };
+    for (const Case& c : cases) {
+        RecordTable table(*mDb, c.table);
+        const long before = table.count();
+        Record r(c.table);
+        r.setValue("Name", "B2");
+        r.setValue(c.column, c.value);
+        try {
+            table.add(r);
+            ADD_FAILURE() << c.what << ": accepted";
+        } catch (const DatabaseError& e) {
+            EXPECT_EQ(e.message(), c.expected) << c.what;
+        }
+        EXPECT_EQ(table.count(), before) << c.what;
     }
-    EXPECT_EQ(blasts.count(), 1);
     EXPECT_EQ(blasts.find({"B1", {}})->number("Quantity"), 10.0);
+
+    // The largest float is still a Single.
+    Record largest = blast("B3", 1);
+    largest.setValue("SiO2", static_cast<double>(std::numeric_limits<float>::max()));
+    blasts.add(largest);
+    EXPECT_EQ(blasts.find({"B3", {}})->analysis()[elementIndex(Element::SiO2)],
+              std::numeric_limits<float>::max());
 }
 
 TEST_F(RecordTableTest, StockpilesAreKeyedByNameAndSourceAndDeletedWithTheirDuplicates)

@@ -157,6 +157,8 @@ TEST_F(SchemaTest, EngineRefusesWhatTheSchemaForbids)
         {"duplicate working copy", "INSERT INTO [temp-Blast] ([Name]) VALUES ('T'), ('T')"},
         {"working deviations of no working blast", "INSERT INTO [temp-stdBlast] ([Name]) VALUES ('B1')"},
         {"update to null", "UPDATE [Blast] SET [Quantity] = NULL"},
+        {"beyond a Single", "INSERT INTO [Blast] ([Name], [SiO2]) VALUES ('B5', -3.5e38)"},
+        {"infinite Double", "INSERT INTO [Blast] ([Name], [North]) VALUES ('B6', 1e999)"},
     };
     for (const auto& [what, sql] : refused)
         EXPECT_NE(rawExec(sql), "") << what;
@@ -170,6 +172,7 @@ TEST_F(SchemaTest, EngineRefusesWhatTheSchemaForbids)
         {"duplicate stockpile pair",
          "INSERT INTO [Stockpile] ([Name], [Source]) VALUES ('Actual 1', 'Actual')"},
         {"integer into a Double column", "INSERT INTO [Blast] ([Name], [East]) VALUES ('B4', 5)"},
+        {"the largest Single", "INSERT INTO [Coal] ([Name], [Ash]) VALUES ('C', 3.4028234663852886e38)"},
         {"backups are not related", "INSERT INTO [backup-stdBlast] ([Name]) VALUES ('Gone')"},
         {"backups have no unique index", "INSERT INTO [backup-Blast] ([Name]) VALUES ('B1'), ('B1')"},
     };

@@ -1,6 +1,8 @@
 #include "ImportFixtures.h"
 #include "ScriptedImportDialogs.h"
 
+#include "common/MessageTable.h"
+#include "import/FileFilter.h"
 #include "import/ImportWorkflow.h"
 #include "support/ScriptedPrompt.h"
 
@@ -186,6 +188,47 @@ TEST_F(ImportWorkflowTest, AFailureHalfWayIsReportedWithWhatWasKept)
                   "Nothing was imported.");
 }
 
+TEST_F(ImportWorkflowTest, ADatabaseFileThatVanishedIsReportedBeforeAnythingIsWritten)
+{
+    const QString database = path("project.kndb");
+    const QString gone = "The database file " + database +
+                         " is no longer there, so nothing was written. Connect the project to its database "
+                         "again.";
+    auto removeDatabase = [&database] {
+        return QFile::remove(database);
+    };
+    // Gone before the command, or while its dialog was open: the text import keeps the layout the
+    // user confirmed, nothing reaches the tables.
+    mUi.fileAnswers = {test::importFixture("blasts.rsv")};
+    mDialogs.onSpecification = [&](ImportSpecEditor& editor) {
+        editor.setLength(5);
+        return removeDatabase();
+    };
+    ImportOutcome outcome = importText(ImportTarget::Blast);
+    EXPECT_EQ(outcome.status, Status::Failed);
+    EXPECT_TRUE(outcome.documentModified);
+    EXPECT_EQ(mBlastSpec.length(0), 5);
+    EXPECT_EQ(mUi.messageTexts(), QStringList{gone});
+
+    mUi = {};
+    mDialogs = {};
+    outcome = importText(ImportTarget::Stockpile);
+    EXPECT_EQ(outcome.status, Status::Failed);
+    EXPECT_TRUE(mUi.fileRequests.empty()) << "no file is asked for";
+    EXPECT_EQ(mUi.messageTexts(), QStringList{gone});
+
+    mUi = {};
+    outcome = importWorkbook(ImportTarget::Blast, WorkbookSourceForm::Kind::Worksheet, "Data",
+                             test::importFixture("blasts.xls"));
+    EXPECT_EQ(outcome.status, Status::Failed);
+    EXPECT_EQ(mDialogs.workbookDialogs, 0);
+    EXPECT_EQ(mUi.messageTexts(), QStringList{gone});
+
+    EXPECT_EQ(mDb->count(Table::Blast), 0);
+    EXPECT_EQ(mDb->count(Table::StdBlast), 0);
+    EXPECT_EQ(mDb->count(Table::Stockpile), 4) << "only the Actual stockpiles";
+}
+
 TEST_F(ImportWorkflowTest, WorkbookImportReportsItsCountAndLeavesNoLinkedTable)
 {
     // A project database that still holds a linked table from earlier days loses it.
@@ -245,6 +288,30 @@ TEST_F(ImportWorkflowTest, WorkbookFailuresSayWhyAndWriteNothingMore)
     }
     EXPECT_EQ(names(Table::Blast), QStringList{"H-1"});
     EXPECT_FALSE(hasTable("Input Blasts from Excel"));
+}
+
+TEST(FileFilter, TurnsTheStoredPairsIntoTheDialogsFilter)
+{
+    struct Case {
+        QString pairs;
+        QString filter;
+    };
+    const Case cases[] = {
+        {message(Msg::BlastFileFilter), "Blast data files (*.rsv);;Blast data files (*.txt)"},
+        {message(Msg::StockpileFileFilter), "Stockpile data files (*.rsv);;Stockpile data files (*.txt)"},
+        {message(Msg::WorkbookFilter), "Excel 95/97 workbooks (*.xls)"},
+        {"Workbooks|*.xls;*.xlsx||", "Workbooks (*.xls *.xlsx)"},
+        {"A (*.a)|*.a||B (*.b)|*.b||", "A (*.a)"},
+        {"", ""},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(FileFilter::fromPairs(c.pairs), c.filter) << c.pairs.toStdString();
+    // The table keeps the texts in the form plants' files have always been described by.
+    EXPECT_EQ(message(Msg::BlastFileFilter),
+              "Blast data files (*.rsv)|*.rsv|Blast data files (*.txt)|*.txt||");
+    EXPECT_EQ(message(Msg::StockpileFileFilter),
+              "Stockpile data files (*.rsv)|*.rsv|Stockpile data files (*.txt)|*.txt||");
+    EXPECT_EQ(message(Msg::WorkbookFilter), "Excel 95/97 workbooks (*.xls)|*.xls||");
 }
 
 TEST_F(ImportWorkflowTest, BrowseAsksWithTheWorkbookTitleAndFilter)

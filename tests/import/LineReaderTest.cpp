@@ -62,9 +62,9 @@ TEST(LineReader, GivesEveryCompleteLineCutOrPaddedTo254Characters)
 
 TEST(FieldExtractor, CutsAndConvertsLikeTheCLibrary)
 {
-    //                          1         2         3         4
-    //                 1234567890123456789012345678901234567890123456
-    const char* line = "  12.5abc -3e2 xyz   42.9 +.5e+1 1e999 0x1A";
+    //                          1         2         3         4         5         6
+    //                 1234567890123456789012345678901234567890123456789012345678901234
+    const char* line = "  12.5abc -3e2 xyz   42.9 +.5e+1 1e999 0x1A  NaN  -inf 7e  -.e3 5.";
     struct Case {
         int position;
         int length;
@@ -79,9 +79,14 @@ TEST(FieldExtractor, CutsAndConvertsLikeTheCLibrary)
         {19, 7, "   42.9", 42.9, 42},   // integers stop at the point
         {26, 7, " +.5e+1", 5, 0},       // sign, no leading digit
         {33, 6, " 1e999", HUGE_VAL, 1}, // out of range, as atof answers
-        {39, 5, " 0x1A", 26, 0},        // atof reads hexadecimal too
-        {42, 20, "1A", 1, 1},           // cut at the end of the line
-        {50, 5, "", 0, 0},              // beyond the end of the line
+        {39, 5, " 0x1A", 0, 0},         // decimal only: the x ends the number
+        {44, 5, "  NaN", 0, 0},         // no digits, so never a NaN the database would refuse
+        {49, 6, "  -inf", 0, 0},        // nor an infinity
+        {55, 3, " 7e", 7, 7},           // an exponent letter without digits ends the number
+        {58, 6, "  -.e3", 0, 0},        // a point without digits is no number
+        {64, 3, " 5.", 5, 5},           // a trailing point belongs to the number
+        {65, 20, "5.", 5, 5},           // cut at the end of the line
+        {70, 5, "", 0, 0},              // beyond the end of the line
     };
     for (const Case& c : cases) {
         bool error = false;

@@ -143,5 +143,23 @@ TEST_F(WorkbookImporterTest, HeadingsAreMatchedWithoutRegardToCaseOrSurroundingB
     test::expectValues(records(Table::Blast).at(0), {{"Name", "X-1"}, {"SiO2", 20.5}, {"CaO", 60}}, "case");
 }
 
+TEST_F(WorkbookImporterTest, TextsThatAreNoMeasurementAreRefusedByName)
+{
+    for (const char* text : {"NaN", "-inf", "1,5", "0x1A"}) {
+        RecordTable(*mDb, Table::Blast).removeAll();
+        SheetData data;
+        data.source = "Lab";
+        data.headings = {"Name", "SiO2"};
+        data.rows.push_back({2, {QStringLiteral("X-1"), 20.0}});
+        data.rows.push_back({3, {QStringLiteral("X-2"), QString::fromLatin1(text)}});
+        const ImportResult result = WorkbookImporter(ImportTarget::Blast).import(*mDb, data);
+        EXPECT_EQ(result.count, 1) << text;
+        EXPECT_EQ(result.stoppedAt, "row 3 of Lab") << text;
+        EXPECT_EQ(result.reason,
+                  QStringLiteral("The value \"%1\" of column SiO2 is not a number.").arg(text));
+        EXPECT_EQ(names(Table::Blast), QStringList{"X-1"}) << text;
+    }
+}
+
 } // namespace
 } // namespace kilnova

@@ -135,11 +135,20 @@ TEST_F(BlastOptimizationTest, OkKeepsTheStoredModeForMaximizeTonnageAndEmptiesTh
     EXPECT_EQ(after.selectedSources, QStringList({"East 2", "North 1"}));
     EXPECT_EQ(mDb->count(Table::TempBlast), 0);
 
-    o.setModeChoice(2);
-    EXPECT_EQ(o.parametersForOk(before).mode, COptimizationParameters::kTarget);
-    EXPECT_TRUE(o.targetEnabled());
-    o.setModeChoice(3);
-    EXPECT_FALSE(o.elementAndTonnageEnabled());
+    // Choice position -> mode solved and mode stored by OK (Maximize Tonnage keeps the stored one).
+    struct Case {
+        int position, mode, stored;
+        bool target, elementAndTonnage;
+    };
+    for (const Case& c :
+         {Case{-1, -1, -1, false, true}, Case{0, -1, -1, false, true}, Case{1, 1, 1, false, true},
+          Case{2, 0, 0, true, true}, Case{3, 2, COptimizationParameters::kMinimize, false, false}}) {
+        o.setModeChoice(c.position);
+        EXPECT_EQ(o.mode(), c.mode) << c.position;
+        EXPECT_EQ(o.parametersForOk(before).mode, c.stored) << c.position;
+        EXPECT_EQ(o.targetEnabled(), c.target) << c.position;
+        EXPECT_EQ(o.elementAndTonnageEnabled(), c.elementAndTonnage) << c.position;
+    }
 }
 
 } // namespace

@@ -6,6 +6,11 @@
 #include "support/ScriptedPrompt.h"
 #include "support/TempProject.h"
 
+#include <QDir>
+#include <QFile>
+
+#include <functional>
+
 namespace kilnova {
 namespace {
 
@@ -116,6 +121,36 @@ TEST_F(SourceUpdateTest, AFailureHalfWayLeavesEveryTableAsBefore)
     EXPECT_EQ(mDb->count(Table::BackupStdBlast), 0);
 }
 
+TEST_F(SourceUpdateTest, AVanishedDatabaseFileIsReportedAndNothingIsWritten)
+{
+    SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 200.0}}, true);
+    ASSERT_TRUE(QFile::remove(mDb->path()));
+    const QString gone = message(Msg::DatabaseFileGone, {QDir::toNativeSeparators(mDb->path())});
+
+    test::ScriptedPrompt ui;
+    ui.textAnswers = {QStringLiteral("Pile 8")};
+    ui.yesNoAnswers = {true};
+    EXPECT_FALSE(SourceUpdate::storeAsking(*mDb, ui, "Enter a name for this stockpile", blend(), takes()));
+    EXPECT_EQ(ui.messageTexts(), QStringList{gone});
+
+    auto refuses = [&gone](const std::function<void()>& write) {
+        try {
+            write();
+            ADD_FAILURE() << "wrote into a deleted file";
+        } catch (const DatabaseError& e) {
+            EXPECT_EQ(e.message(), gone);
+        }
+    };
+    BackupRestore restore(*mDb, BackupRestore::Kind::Blasts);
+    refuses([&] { restore.restore(restore.rows()); });
+    refuses([&] { restore.deleteBackups(); });
+    refuses([&] { SourceUpdate::store(*mDb, blend(), takes(), true); });
+    // What the connection still sees is as it was.
+    EXPECT_EQ(mDb->count(Table::Stockpile), 5);
+    EXPECT_EQ(quantity("B1"), 800.0);
+    EXPECT_EQ(mDb->count(Table::BackupBlast), 1);
+}
+
 TEST_F(SourceUpdateTest, RestoreChoosesTheBackupByQuantityAndRecreatesDeletedBlasts)
 {
     // Two takes from B1 leave backups at 1000 and 800; B2 is deleted after its backup.
@@ -124,6 +159,12 @@ TEST_F(SourceUpdateTest, RestoreChoosesTheBackupByQuantityAndRecreatesDeletedBla
     SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 300.0}}, true);
     ASSERT_EQ(quantity("B1"), 500.0);
 
+    // Meanwhile B1 was renamed in another case and re-analysed: the restore puts every column back.
+    Record changed = *RecordTable(*mDb, Table::Blast).find({"B1", {}});
+    changed.setValue("Name", "b1");
+    changed.setValue("SiO2", 30.0);
+    RecordTable(*mDb, Table::Blast).update(changed);
+
     BackupRestore restore(*mDb, BackupRestore::Kind::Blasts);
     const std::vector<Record> rows = restore.rows();
     ASSERT_EQ(rows.size(), 3u); // B1 at 1000, B2 at 100.1, B1 at 800
@@ -131,6 +172,9 @@ TEST_F(SourceUpdateTest, RestoreChoosesTheBackupByQuantityAndRecreatesDeletedBla
     EXPECT_EQ(restored.size(), 2u);
 
     EXPECT_EQ(quantity("B1"), 800.0) << "the row showing 800 restores that state";
+    const Record b1 = *RecordTable(*mDb, Table::Blast).find({"B1", {}});
+    EXPECT_EQ(b1.name(), "B1");
+    EXPECT_EQ(b1.number("SiO2"), 12.5);
     ASSERT_EQ(restore.rows().size(), 1u);
     EXPECT_EQ(restore.rows()[0].number("Quantity"), 1000.0);
     EXPECT_EQ(quantity("B2"), 100.1);

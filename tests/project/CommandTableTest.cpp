@@ -2,6 +2,8 @@
 #include "project/CKilnovaDoc.h"
 #include "support/ScriptedPrompt.h"
 
+#include <QDir>
+#include <QFile>
 #include <QSet>
 #include <QTemporaryDir>
 
@@ -53,6 +55,22 @@ TEST(CommandTable, RefusesRecordCommandsWithoutDatabaseAndUnbuiltCommands)
             EXPECT_FALSE(CommandTable::refusal(c.id, doc)) << c.menuPath.join(" > ").toStdString();
         }
     }
+
+    // A database file deleted under the open connection would swallow every write without a trace.
+    ASSERT_TRUE(QFile::remove(dir.filePath("p.kndb")));
+    const QString gone = QStringLiteral("The database file %1 is no longer there, so nothing was written. "
+                                        "Connect the project to its database again.")
+                             .arg(QDir::toNativeSeparators(dir.filePath("p.kndb")));
+    for (const CommandInfo& c : CommandTable::commands()) {
+        if (c.available && c.needsDatabase) {
+            EXPECT_EQ(CommandTable::refusal(c.id, doc), gone) << c.menuPath.join(" > ").toStdString();
+        } else if (c.available) {
+            EXPECT_FALSE(CommandTable::refusal(c.id, doc)) << c.menuPath.join(" > ").toStdString();
+        }
+    }
+    test::ScriptedPrompt status;
+    doc.showStatus(status);
+    EXPECT_EQ(status.messageTexts(), QStringList{gone});
 }
 
 } // namespace

@@ -21,6 +21,12 @@ bool ScriptedPrompt::askYesNo(const QString& question)
     return next(yesNoAnswers, "yes/no");
 }
 
+UserPrompt::Answer ScriptedPrompt::askYesNoCancel(const QString& question)
+{
+    questions << question;
+    return next(yesNoCancelAnswers, "yes/no/cancel");
+}
+
 void ScriptedPrompt::showMessage(const QString& text, Icon icon, const QString& details)
 {
     messages.push_back({text, icon, details});

@@ -18,6 +18,7 @@ public:
     };
 
     std::deque<bool> yesNoAnswers;
+    std::deque<Answer> yesNoCancelAnswers;
     std::deque<std::optional<QString>> fileAnswers;
     std::deque<std::optional<QString>> textAnswers;
 
@@ -26,6 +27,7 @@ public:
     std::vector<FileRequest> fileRequests;
 
     bool askYesNo(const QString& question) override;
+    Answer askYesNoCancel(const QString& question) override;
     void showMessage(const QString& text, Icon icon, const QString& details) override;
     std::optional<QString> chooseFile(const FileRequest& request) override;
     std::optional<QString> askText(const QString& prompt, const QString& initial) override;

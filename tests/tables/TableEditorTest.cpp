@@ -132,13 +132,17 @@ TEST_F(TableEditorTest, DuplicateNamesAreRefusedAndNothingIsWritten)
         QString name;
     };
     const Case cases[] = {
-        {Table::Blast, true, "B1"},        {Table::Blast, false, "b1"},    {Table::Additives, true, "Sand"},
-        {Table::Additives, false, "SAND"}, {Table::Coal, true, "Petcoke"}, {Table::Coal, false, "Petcoke"},
+        {Table::Blast, true, "B1"},
+        {Table::Blast, false, "b1"},
+        {Table::Additives, true, "O'Neil sand"}, // a quote must not break the lookup
+        {Table::Additives, false, "O'NEIL SAND"},
+        {Table::Coal, true, "Petcoke"},
+        {Table::Coal, false, "Petcoke"},
     };
     addBlast("B1", 1);
     addBlast("B2", 2);
     for (Table t : {Table::Additives, Table::Coal}) {
-        addNamed(t, t == Table::Coal ? "Petcoke" : "Sand");
+        addNamed(t, t == Table::Coal ? "Petcoke" : "O'Neil sand");
         addNamed(t, "Other");
     }
     for (const Case& c : cases) {
@@ -161,12 +165,58 @@ TEST_F(TableEditorTest, DuplicateNamesAreRefusedAndNothingIsWritten)
     }
 
     // A stockpile is keyed by name and source, and the database lets such a pair repeat.
+    addNamed(Table::Stockpile, "Bed A", "Quarry");
     TableEditor stockpiles(*mDb, Table::Stockpile, ui);
     RecordForm pile = stockpiles.newRecordForm();
-    pile.setText("Name", "Actual 1");
-    pile.setText("Source", "Actual");
+    pile.setText("Name", "Bed A");
+    pile.setText("Source", "Quarry");
     EXPECT_TRUE(stockpiles.save(pile));
-    EXPECT_EQ(table(Table::Stockpile).findAll({"Actual 1", "Actual"}).size(), 2u);
+    EXPECT_EQ(table(Table::Stockpile).findAll({"Bed A", "Quarry"}).size(), 2u);
+}
+
+TEST_F(TableEditorTest, ActualStockpilesKeepTheirKeysAndLendThemToNoOtherStockpile)
+{
+    addNamed(Table::Stockpile, "Bed A", "Quarry");
+    struct Case {
+        const char* opened; ///< the row opened for Modify; none for Add
+        const char* name;
+        const char* source;
+        bool saved;
+    };
+    const Case cases[] = {
+        {"Actual 1", "Actual 1", "Actual", true}, // contents may change
+        {"Actual 2", "Actual 5", "Actual", false},
+        {"Actual 3", "Actual 3", "Quarry", false},
+        {"Actual 4", "actual 4", "Actual", false},
+        {"Bed A", "Actual 4", "Actual", false},
+        {"Bed A", "Bed B", "Quarry", true},
+        {nullptr, "ACTUAL 1", "actual", false},
+        {nullptr, "Actual 1", "Quarry", true},
+    };
+    for (const Case& c : cases) {
+        test::ScriptedPrompt user;
+        TableEditor editor(*mDb, Table::Stockpile, user);
+        ASSERT_TRUE(editor.reload());
+        const std::vector<Record> before = table(Table::Stockpile).all();
+        RecordForm form = c.opened ? *editor.formForRow(rowNamed(editor, c.opened)) : editor.newRecordForm();
+        form.setText("Name", c.name);
+        form.setText("Source", c.source);
+        form.setText("Quantity", "1234");
+        // A refused form saved a second time is refused again.
+        for (int attempt = 0; attempt < (c.saved ? 1 : 2); ++attempt)
+            EXPECT_EQ(editor.save(form), c.saved) << c.name << " " << c.source;
+        if (c.saved) {
+            EXPECT_TRUE(user.messages.empty());
+            EXPECT_EQ(table(Table::Stockpile).find({c.name, c.source})->number("Quantity"), 1234.0);
+        } else {
+            EXPECT_EQ(user.messageTexts(),
+                      QStringList(2, "The four Actual stockpiles keep their Name and Source, and no other "
+                                     "stockpile may take them."));
+            EXPECT_EQ(table(Table::Stockpile).all(), before);
+        }
+    }
+    EXPECT_EQ(table(Table::Stockpile).names(),
+              QStringList({"Actual 1", "Actual 2", "Actual 3", "Actual 4", "Bed B", "Actual 1"}));
 }
 
 TEST_F(TableEditorTest, ActualStockpilesAreKeptOncePerRowAndTheOthersDeleted)

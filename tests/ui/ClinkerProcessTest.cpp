@@ -66,6 +66,49 @@ private slots:
         else
             QCOMPARE(d.parameters(), ClinkerProcessParameters{});
     }
+
+    // Fields are checked in the order FixedLOI, K2O, Na2O, SO3, ash, energy, free lime, which is not
+    // the order they are shown in; the first failing one is reported and gets the focus.
+    void firstFailingFieldInCheckingOrderIsReported_data()
+    {
+        QTest::addColumn<QStringList>("entries"); // field, value, field, value...
+        QTest::addColumn<QString>("reported");
+        QTest::addColumn<QString>("message");
+        const QString range = QStringLiteral("Please enter a number between 0 and 100.");
+        const QString number = QStringLiteral("Please enter a number.");
+        QTest::newRow("K2O before SO3")
+            << QStringList{"SO3InClinker", "101", "K2OInClinker", "101"} << "K2OInClinker" << range;
+        QTest::newRow("Na2O before SO3")
+            << QStringList{"SO3InClinker", "200", "Na2OInClinker", "-1"} << "Na2OInClinker" << range;
+        QTest::newRow("SO3 before energy")
+            << QStringList{"EnergyConsumptionFactor", "abc", "SO3InClinker", "100.01"} << "SO3InClinker"
+            << range;
+        QTest::newRow("fixed LOI first")
+            << QStringList{"K2OInClinker", "101", "FixedLOI", "x"} << "FixedLOI" << number;
+        QTest::newRow("ash before energy")
+            << QStringList{"EnergyConsumptionFactor", "y", "AshRecoveryFactor", "x"} << "AshRecoveryFactor"
+            << number;
+    }
+
+    void firstFailingFieldInCheckingOrderIsReported()
+    {
+        QFETCH(QStringList, entries);
+        QFETCH(QString, reported);
+        QFETCH(QString, message);
+        ScriptedPrompt ui;
+        ClinkerProcessParameters before;
+        before.FreeLime = 2.0f;
+        CClinkerProcess d(before, ui);
+        d.show();
+        for (qsizetype i = 0; i + 1 < entries.size(); i += 2)
+            d.findChild<NumberField*>(entries[i])->setText(entries[i + 1]);
+        d.accept();
+        QCOMPARE(d.result(), int(QDialog::Rejected));
+        QCOMPARE(ui.messageTexts(), QStringList{message});
+        QVERIFY(d.focusWidget());
+        QCOMPARE(d.focusWidget()->objectName(), reported);
+        QCOMPARE(d.parameters(), before);
+    }
 };
 
 static RegisterUiTest<ClinkerProcessTest> registerClinkerProcessTest("ClinkerProcessTest");

@@ -120,6 +120,7 @@ private slots:
             else
                 dialog.reject();
             QCOMPARE(mDb->count(Table::TempBlast), 0L);
+            QCOMPARE(mDb->count(Table::TempStdBlast), 3L);
             QCOMPARE(dialog.result(), ok ? int(QDialog::Accepted) : int(QDialog::Rejected));
             if (ok)
                 QCOMPARE(dialog.parameters().targetTonnage, 800.0);

@@ -43,6 +43,8 @@ private slots:
         QVERIFY(text->isReadOnly());
         QVERIFY(QFontInfo(text->font()).fixedPitch());
         QCOMPARE(text->toPlainText(), QString(preview()).replace("\r\n", "\n"));
+        ImportSpecEditor untitled(ImportSpecification::defaultStockpile(), {}, {});
+        QCOMPARE(DImportSpec(untitled).windowTitle(), QStringLiteral("Import dataset specifications"));
 
         field->setCurrentIndex(6);
         QCOMPARE(position->value(), 55);

@@ -2,13 +2,19 @@
 
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
+#include "project/CKilnovaDoc.h"
 #include "support/ScriptedPrompt.h"
-#include "ui/BackupDialog.h"
+#include "ui/BackupBlastRecords.h"
+#include "ui/BlastResultsWindow.h"
+#include "ui/CBackupStockpileRecords.h"
 #include "ui/COptimizeBlasts.h"
+#include "ui/CPromptDlg.h"
 #include "ui/NumberField.h"
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QDialogButtonBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -65,7 +71,11 @@ private slots:
         p.optimizedElement = "CaO";
         p.requestedTonnage = 1000;
         std::optional<BlastOptimization::Result> shown;
-        COptimizeBlasts d(*mDb, p, ui, [&shown](const BlastOptimization::Result& r) { shown = r; });
+        // The results window may store the blend and delete a blast it used up.
+        COptimizeBlasts d(*mDb, p, ui, [this, &shown](const BlastOptimization::Result& r) {
+            shown = r;
+            RecordTable(*mDb, Table::Blast).removeRecord(*RecordTable(*mDb, Table::Blast).find({"B2", {}}));
+        });
         auto* sources = d.findChild<QListWidget*>("sources");
         QCOMPARE(sources->count(), 3);
         QCOMPARE(d.findChild<QLabel*>("sourceCaption")->text(), QStringLiteral("Blasts"));
@@ -80,6 +90,8 @@ private slots:
         d.findChild<QPushButton*>("optimize")->click();
         QVERIFY2(shown.has_value(), qPrintable(ui.messageTexts().join("; ")));
         QVERIFY(shown->report.startsWith("Blast Optimization Results\r\n\r\nsuccessfully maximized CaO"));
+        QCOMPARE(sources->count(), 2);
+        QCOMPARE(d.optimization().selection(), QStringList{"B1"});
 
         // A duplicate constraint is refused with the system's text and the list keeps one entry.
         d.findChild<NumberField*>("minimum")->setText("12");
@@ -126,21 +138,112 @@ private slots:
         QCOMPARE(d.parameters().eastMinimum, 150.0);
     }
 
-    void backupDialogRestoresTheSelectedRows()
+    void backupDialogsListTheirTableAndRestoreTheSelectedRows()
     {
         Record backup(Table::BackupBlast);
         backup.setValue("Name", "B1");
         backup.setValue("Quantity", 1500.0);
         RecordTable(*mDb, Table::BackupBlast).add(backup);
         ScriptedPrompt ui;
-        BackupDialog d(*mDb, BackupRestore::Kind::Blasts, ui);
+        BackupBlastRecords d(*mDb, ui);
         QCOMPARE(d.windowTitle(), QStringLiteral("Backup Blasts"));
+        auto* list = d.findChild<QTableWidget*>("backups");
+        QCOMPARE(list->columnCount(), static_cast<int>(Schema::table(Table::BackupBlast).columns.size()));
+        QCOMPARE(list->horizontalHeaderItem(4)->text(), QStringLiteral("Quantity"));
+        QCOMPARE(list->selectionMode(), QAbstractItemView::ExtendedSelection);
         QCOMPARE(d.rowCount(), 1);
-        d.findChild<QTableWidget*>("backups")->selectRow(0);
+        list->selectRow(0);
         d.restoreSelected();
         QCOMPARE(d.rowCount(), 0);
         QCOMPARE(RecordTable(*mDb, Table::Blast).find({"B1", {}})->number("Quantity"), 1500.0);
         QVERIFY(ui.messages.empty());
+
+        // An empty stockpile backup still shows the stockpile columns.
+        CBackupStockpileRecords stockpiles(*mDb, ui);
+        QCOMPARE(stockpiles.windowTitle(), QStringLiteral("Backup Stockpiles"));
+        auto* piles = stockpiles.findChild<QTableWidget*>("backups");
+        QCOMPARE(piles->rowCount(), 0);
+        QCOMPARE(piles->columnCount(),
+                 static_cast<int>(Schema::table(Table::BackupStockpile).columns.size()));
+        QCOMPARE(piles->horizontalHeaderItem(1)->text(), QStringLiteral("Source"));
+    }
+
+    void namePromptTakesOneToFiftyCharacters()
+    {
+        CPromptDlg prompt("Enter a name for this stockpile", {});
+        QCOMPARE(prompt.findChild<QLabel*>("prompt")->text(),
+                 QStringLiteral("Enter a name for this stockpile"));
+        auto* name = prompt.findChild<QLineEdit*>("name");
+        QPushButton* ok = prompt.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok);
+        QVERIFY(!ok->isEnabled());
+        QTest::keyClicks(name, QString(60, 'x'));
+        QCOMPARE(prompt.text(), QString(50, 'x'));
+        QVERIFY(ok->isEnabled());
+        name->clear();
+        QVERIFY(!ok->isEnabled());
+        QTest::keyClick(name, Qt::Key_Return); // an empty name is not accepted
+        QCOMPARE(prompt.result(), int(QDialog::Rejected));
+        QTest::keyClicks(name, "Pile 'North'");
+        ok->click();
+        QCOMPARE(prompt.result(), int(QDialog::Accepted));
+        QCOMPARE(prompt.text(), QStringLiteral("Pile 'North'"));
+    }
+
+    void resultsWindowStoresTheBlendOnce()
+    {
+        QTemporaryDir dir;
+        CKilnovaDoc doc;
+        ScriptedPrompt ui;
+        ui.fileAnswers = {dir.filePath("plant.kndb")};
+        doc.createDatabase(ui);
+        QVERIFY(doc.database());
+        ProjectDatabase& db = *doc.database();
+        for (auto [name, SiO2, CaO] : {std::tuple{"B1", 10.0f, 50.0f}, {"B2", 20.0f, 40.0f}}) {
+            Record b(Table::Blast);
+            b.setValue("Name", name);
+            b.setValue("Quantity", 1000.0);
+            Analysis a = missingAnalysis();
+            a[elementIndex(Element::SiO2)] = SiO2;
+            a[elementIndex(Element::CaO)] = CaO;
+            b.setAnalysis(a);
+            RecordTable(db, Table::Blast).add(b);
+        }
+        COptimizationParameters p;
+        p.optimizedElement = "CaO";
+        p.requestedTonnage = 1000;
+        p.selectedSources = {"B1", "B2"};
+        BlastOptimization o(db, p);
+        QVERIFY(!o.addConstraint(elementIndex(Element::SiO2), 12, 15));
+        const BlastOptimization::Result result = o.optimize();
+        QVERIFY(result.outcome.solved);
+
+        BlastResultsWindow window(result, doc, ui);
+        QCOMPARE(window.windowTitle(), QStringLiteral("Blast Optimization Results"));
+        QStringList captions;
+        for (const QPushButton* b : window.findChildren<QPushButton*>())
+            captions << b->text();
+        for (const char* caption : {"OK", "Print", "Save as PDF…", "Save as text…"})
+            QVERIFY2(captions.contains(QString::fromUtf8(caption)), caption);
+
+        auto* store = window.findChild<QPushButton*>("storeBlend");
+        ui.textAnswers = {std::nullopt};
+        store->click();
+        QVERIFY(store->isEnabled());
+        QCOMPARE(db.count(Table::Stockpile), 4);
+
+        ui.textAnswers = {QStringLiteral("Pile 7")};
+        ui.yesNoAnswers = {true};
+        store->click();
+        QVERIFY2(!store->isEnabled(), "a second store would take the tonnes twice");
+        QCOMPARE(ui.questions.mid(ui.questions.size() - 2),
+                 QStringList({"Enter a name for this stockpile",
+                              "Would you like to update the source records by subtracting the quantities "
+                              "(Blast, Stockpile, Crude, Coal) taken by this optimisation?"}));
+        const std::optional<Record> pile = RecordTable(db, Table::Stockpile).find({"Pile 7", " "});
+        QVERIFY(pile);
+        QVERIFY(std::abs(pile->number("Quantity") - 1000.0) < 1e-3);
+        QVERIFY(std::abs(RecordTable(db, Table::Blast).find({"B1", {}})->number("Quantity") - 200.0) < 1e-3);
+        QCOMPARE(db.count(Table::BackupBlast), 2);
     }
 };
 

@@ -1,9 +1,11 @@
 #include "UiTests.h"
 
 #include "support/ScriptedPrompt.h"
+#include "ui/ReportPrinter.h"
 #include "ui/ReportWindow.h"
 
 #include <QFile>
+#include <QPdfWriter>
 #include <QPlainTextEdit>
 #include <QTemporaryDir>
 #include <QTest>
@@ -61,6 +63,30 @@ private slots:
                  "200 lines in a 9-point font need more than two A4 pages");
         QVERIFY(!window.saveAsPdf()); // cancelled
         QVERIFY(ui.messages.empty());
+    }
+
+    void aLineWiderThanThePageMakesTheFontSmaller()
+    {
+        QTemporaryDir dir;
+        QPdfWriter writer(dir.filePath("w.pdf"));
+        writer.setPageSize(QPageSize(QPageSize::A4));
+        writer.setPageMargins(QMarginsF(15, 15, 15, 15), QPageLayout::Millimeter);
+        const int width = writer.pageLayout().paintRectPixels(writer.resolution()).width();
+
+        // The widest line of a usual report, 91 characters, fits at the usual size.
+        const QString mixLine = QStringLiteral(
+            "  Titration      86.00        SiO2      12.00       Al2O3       2.80       Fe2O3       1.40");
+        const QFont usual = ReportPrinter(mixLine + "\r\n").fontFor(writer, width);
+        QCOMPARE(usual.pointSizeF(), ReportPrinter::kPointSize);
+        QVERIFY(QFontInfo(usual).fixedPitch());
+
+        // A 50-character blast name makes a line of about 120 characters.
+        const QString wide =
+            QStringLiteral("    1000.000000 tonnes of Blast %1 (100.00% of blast, 100.00% of mix)")
+                .arg(QString(50, 'N'));
+        const QFont smaller = ReportPrinter(mixLine + "\r\n" + wide + "\r\n").fontFor(writer, width);
+        QVERIFY(smaller.pointSizeF() < ReportPrinter::kPointSize);
+        QVERIFY(QFontMetrics(smaller, &writer).horizontalAdvance(wide) <= width);
     }
 
     void unwritableTargetIsReported()
