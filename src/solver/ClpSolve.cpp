@@ -23,15 +23,10 @@ constexpr double kFeasibilityThreshold = 0.03;
 constexpr float kHuge = 1e30f;
 constexpr double kNoRatio = 1e30;
 
-// Without an anti-cycling rule a degenerate problem can cycle for ever (and the start-value
-// quirk of the ratio test makes some unbounded problems swap two columns for ever). A terminating
-// run makes at most about two pivots per row plus tableau column: 1.9 at worst over 21 000
-// generated blend and general problems, well under 1 on blends of 50 sources and more. Twenty per
-// row plus column, and never fewer than 10 000, is ten times that, yet ends quickly: within
-// milliseconds for tens of rows, within seconds for the largest blend (200 sources under all 22
-// elements: ~450 rows, ~870 columns, limit about 26 000).
-constexpr int kMinPivotLimit = 10000;
-constexpr int kPivotsPerDimension = 20;
+bool isFinite(double v)
+{
+    return std::fabs(v) <= std::numeric_limits<double>::max();
+}
 
 } // namespace
 
@@ -50,10 +45,14 @@ void ClpSolve::releaseArrays()
 {
     mA.clear();
     mAPattern.clear();
+    mAStart.clear();
+    mARows.clear();
     mBinv.clear();
-    mDualPattern.clear();
+    mBasicCostPattern.clear();
+    mAlphaPattern.clear();
+    mDualChanged.clear();
     for (CheckedArray<double>* a :
-         {&mRhs, &mXB, &mDual, &mBasicCost, &mAlpha, &mObjectiveCoefficient, &mCost, &mReduced})
+         {&mRhs, &mXB, &mDual, &mFreshDual, &mBasicCost, &mAlpha, &mObjectiveCoefficient, &mCost, &mReduced})
         a->clear();
     for (CheckedArray<int>* a : {&mKind, &mBasis, &mNonBasic, &mColumnState})
         a->clear();
@@ -83,9 +82,13 @@ bool ClpSolve::Initialize(int rows, int columns, int sense, int countAtLeast, in
     // inverse.
     mA.reset(mColumns + 1, mRows + 1);
     mAPattern.reset(mColumns + 1, mRows + 1);
-    mBinv.reset(mRows, rowSide);
-    mDualPattern.reset(1, mRows + 1);
-    for (CheckedArray<double>* a : {&mRhs, &mXB, &mDual, &mBasicCost, &mAlpha})
+    mAStart.reset(mColumns + 2);
+    mARows.reset(mColumns * mRows);
+    mBinv.reset(mRows);
+    mBasicCostPattern.reset(1, mRows + 1);
+    mAlphaPattern.reset(1, mRows + 1);
+    mDualChanged.reset(1, mRows + 1);
+    for (CheckedArray<double>* a : {&mRhs, &mXB, &mDual, &mFreshDual, &mBasicCost, &mAlpha})
         a->reset(rowSide);
     for (CheckedArray<int>* a : {&mKind, &mBasis})
         a->reset(rowSide);
@@ -147,12 +150,6 @@ void ClpSolve::DumpToFile(const std::string& fileName) const
     std::fclose(file);
 }
 
-int ClpSolve::pivotLimit() const
-{
-    const long long limit = static_cast<long long>(kPivotsPerDimension) * (mRows + mTotalColumns);
-    return static_cast<int>(std::clamp<long long>(limit, kMinPivotLimit, std::numeric_limits<int>::max()));
-}
-
 int ClpSolve::Solve()
 {
     int atMost = 0;
@@ -175,27 +172,36 @@ int ClpSolve::Solve()
     mTotalColumns = mLastRealColumn + mCountAtLeast + mCountEqual;
     reorderRows();
     setInitialBasis();
+    // A coefficient that is not finite makes the skipped zero terms count from the start.
+    bool finite = true;
+    for (int j = 1; j <= mColumns; ++j) {
+        finite = finite && isFinite(mObjectiveCoefficient[j]);
+        for (const double v : mA.row(j, 1, mRows))
+            finite = finite && isFinite(v);
+    }
+    if (!finite)
+        mBinv.usePlainLoops();
 
     computeCosts();
     priceAll();
     if (mMinReduced > -mOptimalityTolerance)
         return kOptimal;
 
-    const int limit = pivotLimit();
     do {
-        if (mIterations > limit)
+        if (mIterations > mPivotLimit)
             return kPivotLimit;
         computeAlpha(mEntering);
         mLeavingRow = ratioTest();
         if (mLeavingRow == 0)
             return kUnbounded;
         mSmallestPivot = std::min(mSmallestPivot, std::fabs(mAlpha[mLeavingRow]));
+        const int leaving = mBasis[mLeavingRow];
         changeBasis(mLeavingRow, mEntering, mEnteringPosition);
-        mBinv.update(mLeavingRow, mAlpha);
+        const std::span<const int> changed = mBinv.update(mLeavingRow, mAlpha, mAlphaPattern.rowWords(0));
         updateValues(mLeavingRow);
 
         ++mIterations;
-        priceAll();
+        repriceAfterPivot(mLeavingRow, changed, leaving);
         if (mPhase == 1 && mMinReduced > -mOptimalityTolerance) {
             if (std::fabs(static_cast<double>(mObjective)) > kFeasibilityThreshold)
                 return kInfeasible;
@@ -247,13 +253,19 @@ void ClpSolve::reorderRows()
             ++target;
         }
     }
+    int entry = 0;
     for (int j = 1; j <= mColumns; ++j) {
         mAPattern.clearRow(j);
+        mAStart[j] = entry;
         const auto column = mA.row(j, 0, mRows);
-        for (int i = 1; i <= mRows; ++i)
-            if (column[static_cast<std::size_t>(i)] != 0.0)
+        for (int i = 1; i <= mRows; ++i) {
+            if (column[static_cast<std::size_t>(i)] != 0.0) {
                 mAPattern.set(j, i);
+                mARows[entry++] = i;
+            }
+        }
     }
+    mAStart[mColumns + 1] = entry;
 }
 
 void ClpSolve::setInitialBasis()
@@ -302,79 +314,136 @@ void ClpSolve::computeCosts()
 }
 
 // The sums below skip terms with a zero factor, as BasisInverse does: while the values are finite
-// that changes no value, and these problems are mostly zeros. Each sum keeps its index order.
+// that changes no value, and these problems are mostly zeros. Each sum keeps its index order. Once
+// BasisInverse runs plain loops (a value is not finite), so do they.
+
+void ClpSolve::gatherBasicCost(int row)
+{
+    const double w = mCost[mBasis[row]];
+    mBasicCost[row] = w;
+    if (w != 0.0)
+        mBasicCostPattern.set(0, row);
+    else
+        mBasicCostPattern.unset(0, row);
+}
 
 void ClpSolve::computePrices()
 {
     // dual[i] = sum over k of cost[basis[k]] * Binv[k][i], in k order.
+    mBasicCostPattern.clearRow(0);
     for (int k = 1; k <= mRows; ++k)
-        mBasicCost[k] = mCost[mBasis[k]];
+        gatherBasicCost(k);
     const auto dual = mDual.range(0, mRows);
-    mBinv.leftMultiply(mBasicCost.range(0, mRows), dual);
-    mDualPattern.clearRow(0);
+    mBinv.leftMultiply(mBasicCost.range(0, mRows), mBasicCostPattern.rowWords(0), dual);
+    bool finite = true;
     for (int i = 1; i <= mRows; ++i)
-        if (dual[static_cast<std::size_t>(i)] != 0.0)
-            mDualPattern.set(0, i);
+        finite = finite && isFinite(dual[static_cast<std::size_t>(i)]);
+    if (!finite)
+        mBinv.usePlainLoops();
 }
 
-void ClpSolve::computeReducedCosts()
+void ClpSolve::priceColumns(int freshColumn, bool all)
 {
-    // Whole blocks, checked once: the columns of A with their patterns, the prices with theirs.
+    // Reduced costs, then Dantzig's choice, in one walk over nonBasic. A structural column keeps
+    // its reduced cost unless a price it meets has changed, or it has just left the basis.
+    all = all || mBinv.plain();
+    const bool plain = mBinv.plain();
+    const auto height = static_cast<std::size_t>(mRows + 1);
     const auto columns = mA.rows(0, mColumns);
     const auto columnWords = mAPattern.block(0, mColumns);
     const auto perColumn = static_cast<std::size_t>(mAPattern.wordsPerRow());
+    const auto starts = mAStart.range(0, mColumns + 1);
+    const auto rows = mARows.range(0, starts.back() - 1);
     const auto dual = mDual.range(0, mRows);
-    const auto dualWords = mDualPattern.rowWords(0);
-    const auto height = static_cast<std::size_t>(mRows + 1);
-    if (dualWords.size() != perColumn || dual.size() != height) [[unlikely]]
+    const auto changedWords = mDualChanged.rowWords(0);
+    if (changedWords.size() != perColumn || dual.size() != height) [[unlikely]]
         throwIndexOutOfRange("price vector", static_cast<int>(dual.size()), static_cast<int>(height));
-    for (int k = 1; k <= mLastNonBasicStart; ++k) {
-        const int j = mNonBasic[k];
-        if (j <= mColumns) {
-            // sum over i of dual[i] * A[i][j], in i order
-            const auto u = static_cast<std::size_t>(j);
-            const double* column = columns.data() + u * height;
-            const std::uint64_t* words = columnWords.data() + u * perColumn;
-            double sum = 0.0;
-            for (std::size_t w = 0; w < perColumn; ++w) {
-                for (std::uint64_t bits = words[w] & dualWords[w]; bits != 0; bits &= bits - 1) {
-                    const std::size_t i = w * 64 + static_cast<std::size_t>(std::countr_zero(bits));
-                    sum += dual[i] * column[i];
-                }
-            }
-            mReduced[j] = sum - mCost[j];
-        } else if (j <= mColumns + mCountAtLeast) {
-            mReduced[j] = -mDual[mCountAtMost + mCountEqual + (j - mColumns)] - mCost[j];
-        } else if (j <= mLastRealColumn) {
-            mReduced[j] = mDual[j - mColumns - mCountAtLeast] - mCost[j];
-        } else {
-            mReduced[j] = 0.0;
-        }
-    }
-}
+    const auto nonBasic = mNonBasic.range(0, mLastNonBasicStart);
+    const auto reduced = mReduced.range(0, mTotalColumns);
+    const auto cost = mCost.range(0, mTotalColumns);
+    const auto state = mColumnState.range(0, mTotalColumns);
+    const int firstSlack = mColumns + mCountAtLeast + 1;
+    const int surplusRowOffset = mCountAtMost + mCountEqual - mColumns; // row of surplus j: j + offset
 
-void ClpSolve::chooseEntering()
-{
-    mMinReduced = kHuge;
+    float minReduced = kHuge;
     mEntering = 0;
     mEnteringPosition = 0;
     for (int k = 1; k <= mLastNonBasicStart; ++k) {
-        const int j = mNonBasic[k];
-        if (mColumnState[j] == kArtificialOut)
-            continue;
-        if (mReduced[j] < mMinReduced) {
-            mMinReduced = static_cast<float>(mReduced[j]);
+        const int j = nonBasic[static_cast<std::size_t>(k)];
+        const auto u = static_cast<std::size_t>(j);
+        if (j <= mColumns) {
+            const std::uint64_t* words = columnWords.data() + u * perColumn;
+            bool stale = all || j == freshColumn;
+            for (std::size_t w = 0; w < perColumn && !stale; ++w)
+                stale = (words[w] & changedWords[w]) != 0;
+            if (stale) {
+                // sum over i of dual[i] * A[i][j], in i order; a zero term changes no sum
+                const double* column = columns.data() + u * height;
+                double sum = 0.0;
+                if (plain) {
+                    for (std::size_t i = 1; i < height; ++i)
+                        sum += dual[i] * column[i];
+                } else {
+                    const auto first = static_cast<std::size_t>(starts[u]);
+                    const auto last = static_cast<std::size_t>(starts[u + 1]);
+                    for (std::size_t t = first; t < last; ++t) {
+                        const auto i = static_cast<std::size_t>(rows[t]);
+                        sum += dual[i] * column[i];
+                    }
+                }
+                reduced[u] = sum - cost[u];
+            }
+        } else if (j < firstSlack) {
+            reduced[u] = -dual[static_cast<std::size_t>(j + surplusRowOffset)] - cost[u];
+        } else if (j <= mLastRealColumn) {
+            reduced[u] = dual[static_cast<std::size_t>(j - firstSlack + 1)] - cost[u];
+        } else {
+            reduced[u] = 0.0;
+        }
+        // Pricing: strictly below the rounded minimum, so ties go to the earliest position.
+        if (state[u] != kArtificialOut && reduced[u] < minReduced) {
+            minReduced = static_cast<float>(reduced[u]);
             mEntering = j;
             mEnteringPosition = k;
         }
     }
+    mMinReduced = minReduced;
 }
 
 void ClpSolve::priceAll()
 {
     computePrices();
-    computeReducedCosts();
-    chooseEntering();
+    priceColumns(0, true);
+}
+
+void ClpSolve::repriceAfterPivot(int row, std::span<const int> changedPositions, int leaving)
+{
+    // A pivot on row r changes the inverse only in the positions where row r was non-zero, and
+    // the weights only in row r, whose entry elsewhere stays zero: every other price keeps its
+    // sum term for term.
+    gatherBasicCost(row);
+    if (mBinv.plain()) {
+        priceAll();
+        return;
+    }
+    const auto fresh = mFreshDual.range(0, mRows);
+    mBinv.leftMultiplyAt(changedPositions, mBasicCost.range(0, mRows), mBasicCostPattern.rowWords(0), fresh);
+    const auto dual = mDual.range(0, mRows);
+    mDualChanged.clearRow(0);
+    bool finite = true;
+    for (std::size_t c = 0; c < changedPositions.size(); ++c) {
+        const int i = changedPositions[c];
+        const double v = fresh[c];
+        const auto u = static_cast<std::size_t>(i);
+        if (v == dual[u])
+            continue;
+        dual[u] = v;
+        mDualChanged.set(0, i);
+        finite = finite && isFinite(v);
+    }
+    if (!finite)
+        mBinv.usePlainLoops();
+    priceColumns(leaving, false);
 }
 
 double ClpSolve::binvRowTimesColumn(int row, int column) const
@@ -384,32 +453,60 @@ double ClpSolve::binvRowTimesColumn(int row, int column) const
 
 void ClpSolve::computeAlpha(int column)
 {
-    if (column <= mColumns) {
-        mBinv.multiply(mA.row(column, 0, mRows), mAPattern.rowWords(column), mAlpha.range(0, mRows));
-    } else if (column <= mColumns + mCountAtLeast) {
-        const int r = mCountAtMost + mCountEqual + (column - mColumns);
-        for (int i = 1; i <= mRows; ++i)
-            mAlpha[i] = -mBinv.at(i, r);
-    } else {
-        const int r = column - mColumns - mCountAtLeast;
-        for (int i = 1; i <= mRows; ++i)
-            mAlpha[i] = mBinv.at(i, r);
+    const auto alpha = mAlpha.range(0, mRows);
+    const auto words = mAlphaPattern.block(0, 0);
+    if (column <= mColumns)
+        mBinv.multiply(mA.row(column, 0, mRows), mAPattern.rowWords(column), alpha, words);
+    else if (column <= mColumns + mCountAtLeast)
+        mBinv.multiplyUnit(mCountAtMost + mCountEqual + (column - mColumns), -1.0, alpha, words);
+    else
+        mBinv.multiplyUnit(column - mColumns - mCountAtLeast, 1.0, alpha, words);
+    // Keep only the rows whose alpha came out non-zero: the ratio test and the updates walk them.
+    for (std::size_t w = 0; w < words.size(); ++w) {
+        for (std::uint64_t bits = words[w]; bits != 0; bits &= bits - 1) {
+            const int b = std::countr_zero(bits);
+            if (alpha[w * 64 + static_cast<std::size_t>(b)] == 0.0)
+                words[w] &= ~(std::uint64_t{1} << b);
+        }
     }
 }
 
 int ClpSolve::ratioTest()
 {
     // Kept exactly so: the float start value lies above the double 1e30 given to rows with
-    // alpha <= 0, so such a row is taken until a positive alpha is met.
-    mTheta = kHuge;
+    // alpha <= 0, so such a row is taken until a positive alpha is met. Rows outside the alpha
+    // pattern have alpha = 0: a run of them is taken whole (its last row wins) or not at all.
+    const auto alpha = mAlpha.range(0, mRows);
+    const auto xB = mXB.range(0, mRows);
+    const auto words = mAlphaPattern.rowWords(0);
+    float theta = kHuge;
     int row = 0;
-    for (int i = 1; i <= mRows; ++i) {
-        const double ratio = mAlpha[i] > 0.0 ? mXB[i] / mAlpha[i] : kNoRatio;
-        if (ratio < mTheta) {
-            mTheta = static_cast<float>(ratio);
-            row = i;
+    int next = 1; // the first row not yet seen
+    auto skipTo = [&](int i) {
+        if (i > next && kNoRatio < theta) {
+            theta = static_cast<float>(kNoRatio);
+            row = i - 1;
+        }
+        next = i + 1;
+    };
+    for (std::size_t w = 0; w < words.size(); ++w) {
+        for (std::uint64_t bits = words[w]; bits != 0; bits &= bits - 1) {
+            const int i = static_cast<int>(w * 64) + std::countr_zero(bits);
+            if (i < 1 || i > mRows) [[unlikely]]
+                throwIndexOutOfRange("alpha", i, mRows + 1);
+            skipTo(i);
+            const auto u = static_cast<std::size_t>(i);
+            // Divided either way, so that the choice compiles to a select, not a branch.
+            const double quotient = xB[u] / alpha[u];
+            const double ratio = alpha[u] > 0.0 ? quotient : kNoRatio;
+            if (ratio < theta) {
+                theta = static_cast<float>(ratio);
+                row = i;
+            }
         }
     }
+    skipTo(mRows + 1);
+    mTheta = theta;
     return row;
 }
 
@@ -425,8 +522,22 @@ void ClpSolve::changeBasis(int row, int column, int position)
 void ClpSolve::updateValues(int leavingRow)
 {
     const double theta = mTheta;
-    for (int i = 1; i <= mRows; ++i)
-        mXB[i] = mXB[i] - theta * mAlpha[i];
+    const auto alpha = mAlpha.range(0, mRows);
+    const auto xB = mXB.range(0, mRows);
+    if (std::signbit(theta)) {
+        // theta x (+0) is -0 here, and an xB of -0 minus -0 turns +0: every row counts.
+        for (std::size_t i = 1; i < xB.size(); ++i)
+            xB[i] = xB[i] - theta * alpha[i];
+    } else {
+        // A zero alpha (always +0) leaves xB[i] exactly as it is.
+        const auto words = mAlphaPattern.rowWords(0);
+        for (std::size_t w = 0; w < words.size(); ++w) {
+            for (std::uint64_t bits = words[w]; bits != 0; bits &= bits - 1) {
+                const auto i = w * 64 + static_cast<std::size_t>(std::countr_zero(bits));
+                xB[i] = xB[i] - theta * alpha[i];
+            }
+        }
+    }
     mXB[leavingRow] = theta;
     mObjective =
         static_cast<float>(static_cast<double>(mObjective) - static_cast<double>(mMinReduced) * theta);
@@ -448,7 +559,7 @@ void ClpSolve::driveOutArtificials()
                 continue;
             changeBasis(i, j, k);
             computeAlpha(j);
-            mBinv.update(i, mAlpha);
+            mBinv.update(i, mAlpha, mAlphaPattern.rowWords(0));
             break;
         }
     }

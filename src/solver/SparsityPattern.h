@@ -25,6 +25,7 @@ public:
             w = 0;
     }
     void set(int row, int column) { words(row)[index(column)] |= bit(column); }
+    void unset(int row, int column) { words(row)[index(column)] &= ~bit(column); }
     /// The words of one row (column c is bit c % 64 of word c / 64).
     std::span<const std::uint64_t> rowWords(int row) const { return words(row); }
     int wordsPerRow() const { return mWordsPerRow; }

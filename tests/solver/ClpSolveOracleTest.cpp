@@ -67,6 +67,7 @@ OurRun runOurs(const LpProblem& p)
 {
     ClpSolve solver;
     EXPECT_TRUE(p.loadInto(solver));
+    solver.setPivotLimit(kTestPivotLimit);
     OurRun run;
     run.code = solver.Solve();
     run.iterations = solver.iterations();

@@ -6,6 +6,10 @@ namespace kilnova {
 
 class ClpSolve;
 
+/// The pivot limit for test problems of a few dozen rows: a cycling one costs milliseconds, not
+/// the seconds of the default (one that would still end after so long counts as cycling).
+constexpr int kTestPivotLimit = 10000;
+
 /// A linear programme as callers give it to ClpSolve: rows with a kind (1 at most, 0 equal,
 /// -1 at least) and a right-hand side, a dense coefficient matrix by rows, an objective and a sense.
 /// Indices here are 0-based; loadInto shifts them.
