@@ -8,7 +8,6 @@
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
 
-
 namespace kilnova {
 
 namespace {

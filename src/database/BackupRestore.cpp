@@ -6,7 +6,6 @@
 #include "database/RecordTable.h"
 #include "database/Transaction.h"
 
-
 #include <cmath>
 
 namespace kilnova {

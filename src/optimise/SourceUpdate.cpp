@@ -8,7 +8,6 @@
 #include "database/Schema.h"
 #include "database/Transaction.h"
 
-
 namespace kilnova {
 
 std::optional<Table> SourceUpdate::backupOf(Table source)

@@ -190,11 +190,13 @@ void BasisInverse::multiply(std::span<const double> column, std::span<const std:
         const std::uint64_t* rows = words.data() + k * perColumn;
         for (std::size_t w = 0; w < perColumn; ++w)
             outWords[w] |= rows[w];
-        forEachSet(rows, static_cast<int>(perColumn), [&](std::size_t i) { out[i] += values[i * n + k] * c; });
+        forEachSet(rows, static_cast<int>(perColumn),
+                   [&](std::size_t i) { out[i] += values[i * n + k] * c; });
     });
 }
 
-void BasisInverse::multiplyUnit(int r, double sign, std::span<double> out, std::span<std::uint64_t> outWords) const
+void BasisInverse::multiplyUnit(int r, double sign, std::span<double> out,
+                                std::span<std::uint64_t> outWords) const
 {
     const auto n = static_cast<std::size_t>(width());
     checkCovers(out.size(), n);

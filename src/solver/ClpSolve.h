@@ -118,9 +118,9 @@ private:
     // Problem statement, 1-based. A is kept by columns (mA(j, i) = A[i][j]): the method reads it
     // column by column.
     CheckedMatrix mA;
-    SparsityPattern mAPattern;   // per column, the rows that may be non-zero
-    CheckedArray<int> mAStart;   // per column, where its non-zero rows start in mARows
-    CheckedArray<int> mARows;    // the non-zero rows of each column in turn, in row order
+    SparsityPattern mAPattern; // per column, the rows that may be non-zero
+    CheckedArray<int> mAStart; // per column, where its non-zero rows start in mARows
+    CheckedArray<int> mARows;  // the non-zero rows of each column in turn, in row order
     CheckedArray<double> mRhs;
     CheckedArray<int> mKind;
     CheckedArray<double> mObjectiveCoefficient;
@@ -139,7 +139,7 @@ private:
     SparsityPattern mBasicCostPattern; // the rows whose weight is non-zero
     CheckedArray<double> mDual;
     CheckedArray<double> mFreshDual; // prices recomputed after a pivot, before they replace mDual
-    SparsityPattern mDualChanged; // the rows whose price the last pivot changed
+    SparsityPattern mDualChanged;    // the rows whose price the last pivot changed
     CheckedArray<double> mReduced;
     CheckedArray<double> mAlpha;
     SparsityPattern mAlphaPattern; // the rows whose alpha may be non-zero

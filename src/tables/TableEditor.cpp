@@ -7,7 +7,6 @@
 #include "database/RecordTable.h"
 #include "database/Transaction.h"
 
-
 #include <algorithm>
 
 namespace kilnova {

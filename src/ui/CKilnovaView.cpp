@@ -45,9 +45,9 @@ void CKilnovaView::refresh()
         mDatabase->setText(QStringLiteral("none \u2014 use Database > Create or Database > Connect"));
     else
         mDatabase->setText(QDir::toNativeSeparators(mDoc.databasePath()) +
-                           (fileGone                  ? QStringLiteral(" (the file is no longer there)")
-                            : mDoc.isConnected()      ? QStringLiteral(" (connected)")
-                                                      : QStringLiteral(" (not connected)")));
+                           (fileGone             ? QStringLiteral(" (the file is no longer there)")
+                            : mDoc.isConnected() ? QStringLiteral(" (connected)")
+                                                 : QStringLiteral(" (not connected)")));
 
     if (!mDoc.isConnected() || fileGone) {
         mCounts->setText(QStringLiteral("\u2014"));

@@ -78,8 +78,8 @@ Both run(const LpProblem& p)
 void expectSame(const LpProblem& p, const std::string& what, std::array<int, 5>& codes)
 {
     const Both both = run(p);
-    EXPECT_EQ(both.ours, both.reference) << what << "\n  ClpSolve:  " << show(both.ours)
-                                         << "\n  reference: " << show(both.reference);
+    EXPECT_EQ(both.ours, both.reference)
+        << what << "\n  ClpSolve:  " << show(both.ours) << "\n  reference: " << show(both.reference);
     if (both.ours.code >= 0 && both.ours.code < 5)
         ++codes[static_cast<std::size_t>(both.ours.code)];
 }
@@ -258,7 +258,9 @@ private:
 TEST(BasisInverse, ProductsEqualThePlainLoopsAfterEveryUpdate)
 {
     std::mt19937 engine(4242);
-    auto draw = [&](int high) { return static_cast<int>(engine() % static_cast<unsigned>(high + 1)); };
+    auto draw = [&](int high) {
+        return static_cast<int>(engine() % static_cast<unsigned>(high + 1));
+    };
     // Mostly zeros and small integers (so that sums cancel), now and then a huge or tiny value.
     auto value = [&] {
         const int kind = draw(79);
@@ -286,7 +288,8 @@ TEST(BasisInverse, ProductsEqualThePlainLoopsAfterEveryUpdate)
                 if (inverse.alpha(i) != 0.0 || draw(40) == 0)
                     rows.push_back(i);
             if (!rows.empty())
-                inverse.pivot(column, rows[static_cast<std::size_t>(draw(static_cast<int>(rows.size()) - 1))]);
+                inverse.pivot(column,
+                              rows[static_cast<std::size_t>(draw(static_cast<int>(rows.size()) - 1))]);
         }
         plainRuns += inverse.plain();
     }
@@ -300,7 +303,7 @@ TEST(BasisInverse, ProductsEqualThePlainLoopsAfterEveryUpdate)
 TEST(BasisInverse, AnOverflowingUpdateMakesZeroTermsCount)
 {
     InverseAndPlain inverse(2);
-    inverse.pivot({0.0, 1e-200, 0.0}, 1); // Binv = diag(1e200, 1)
+    inverse.pivot({0.0, 1e-200, 0.0}, 1);   // Binv = diag(1e200, 1)
     inverse.pivot({0.0, 1e-200, 1e200}, 1); // alpha = (1, 1e200): eta[2] = -1e200
     EXPECT_TRUE(inverse.plain());
     inverse.expectSameProducts({0.0, 0.0, 1.0}, {0.0, 0.0, 1.0}, 2, 1.0, "after the overflow");

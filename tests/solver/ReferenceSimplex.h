@@ -13,8 +13,8 @@ namespace kilnova {
 struct ReferenceSimplex {
     int code = -1;
     int iterations = 0;
-    float objective = 0.0f; ///< the method's own (maximising) objective
-    double reported = 0.0;  ///< sense x objective, as GetObjectiveValue gives it
+    float objective = 0.0f;               ///< the method's own (maximising) objective
+    double reported = 0.0;                ///< sense x objective, as GetObjectiveValue gives it
     std::vector<std::optional<double>> x; ///< nullopt for a non-basic column
 
     /// Solves `problem` (whose row kinds match its counts) and stops with code 4 once the pivot

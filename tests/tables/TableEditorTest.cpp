@@ -185,12 +185,9 @@ TEST_F(TableEditorTest, ActualStockpilesKeepTheirKeysAndLendThemToNoOtherStockpi
     };
     const Case cases[] = {
         {"Actual 1", "Actual 1", "Actual", true}, // contents may change
-        {"Actual 2", "Actual 5", "Actual", false},
-        {"Actual 3", "Actual 3", "Quarry", false},
-        {"Actual 4", "actual 4", "Actual", false},
-        {"Bed A", "Actual 4", "Actual", false},
-        {"Bed A", "Bed B", "Quarry", true},
-        {nullptr, "ACTUAL 1", "actual", false},
+        {"Actual 2", "Actual 5", "Actual", false}, {"Actual 3", "Actual 3", "Quarry", false},
+        {"Actual 4", "actual 4", "Actual", false}, {"Bed A", "Actual 4", "Actual", false},
+        {"Bed A", "Bed B", "Quarry", true},        {nullptr, "ACTUAL 1", "actual", false},
         {nullptr, "Actual 1", "Quarry", true},
     };
     for (const Case& c : cases) {
