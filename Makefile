@@ -10,7 +10,10 @@ endif
 DEMO_DIR := examples/demo
 DEMO_OUT := $(BUILD)/demo
 
-.PHONY: all deps configure build test run bench format clean
+PACKAGE_DIR ?= .
+PREFIX      ?= /usr/local
+
+.PHONY: all deps configure build test run bench format clean package install
 
 all: build
 
@@ -25,6 +28,17 @@ build: configure
 
 test: build
 	@QT_QPA_PLATFORM=offscreen ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
+
+# The place is checked first: a read-only one is said at once, not after the build.
+package:
+	@scripts/package check-dir $(PACKAGE_DIR) package
+	@$(MAKE) --no-print-directory build
+	@scripts/package deb $(BUILD) $(PACKAGE_DIR)
+
+install:
+	@scripts/package check-dir $(PREFIX) install
+	@$(MAKE) --no-print-directory build
+	@scripts/package install $(BUILD) $(PREFIX)
 
 run: build
 	@scripts/run-demo $(BUILD)

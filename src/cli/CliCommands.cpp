@@ -9,6 +9,7 @@
 #include "database/DatabaseError.h"
 #include "database/ProjectDatabase.h"
 #include "project/CKilnovaDoc.h"
+#include "project/ProgramInfo.h"
 #include "project/ProjectFile.h"
 #include "project/ProjectFileError.h"
 #include "project/ProjectSettingsJson.h"
@@ -31,10 +32,17 @@ Commands:
   project show PROJECT.knv            print every setting stored in a project as JSON
   combine PROJECT.knv (--select NAME... | --all)
                                       report the pairs of blasts that meet the project's combination targets
-  demo DIR [--force]                  build the demo project DIR/demo.knv and its database DIR/demo.kndb
+  demo DIR [--force] [--data FOLDER]  build the demo project DIR/demo.knv and its database DIR/demo.kndb
+                                      from the files of FOLDER (else from the copy built into the program)
   import blasts|stockpiles PROJECT.knv FILE [--sheet NAME | --range NAME | --cells RANGE]
                                       import a text file with the project's layout, or a workbook
                                       (.xls, .xlsx, .csv) by its headings, from its first sheet unless told
+)";
+
+const char* const kOptions = R"(
+Options:
+  --version                           print the version, the Qt and SQLite in use, and the licence
+  --help                              print this text
 )";
 
 QString absolute(const QString& path)
@@ -54,7 +62,7 @@ int CliCommands::usage(const QString& problem)
 {
     if (!problem.isEmpty())
         mErr << "kilnova-cli: " << problem << '\n';
-    mErr << kUsage << OptimizeCommand::usage();
+    mErr << kUsage << OptimizeCommand::usage() << kOptions;
     mErr.flush();
     return 2;
 }
@@ -87,8 +95,12 @@ int CliCommands::run(const QStringList& arguments)
         const int status = import.run(rest);
         return status == ImportCommand::kWrongUsage ? usage(import.problem()) : status;
     }
+    if (command == "--version" || command == "-v") {
+        mOut << ProgramInfo::versionText(QStringLiteral("kilnova-cli"));
+        return 0;
+    }
     if (command == "--help" || command == "-h" || command == "help") {
-        mOut << kUsage << OptimizeCommand::usage();
+        mOut << kUsage << OptimizeCommand::usage() << kOptions;
         return 0;
     }
     return usage(QStringLiteral("unknown command \"%1\"").arg(arguments.join(' ')));

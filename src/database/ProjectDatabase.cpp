@@ -62,6 +62,24 @@ ProjectDatabase::~ProjectDatabase()
     QSqlDatabase::removeDatabase(name);
 }
 
+QString ProjectDatabase::engineVersion()
+{
+    QString version;
+    const QString name = nextConnectionName();
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        db.setDatabaseName(QStringLiteral(":memory:"));
+        if (db.open()) {
+            QSqlQuery query(db);
+            if (query.exec(QStringLiteral("SELECT sqlite_version()")) && query.next())
+                version = query.value(0).toString();
+        }
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(name);
+    return version;
+}
+
 QSqlDatabase ProjectDatabase::connect(const QString& path)
 {
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), nextConnectionName());

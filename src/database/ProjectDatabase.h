@@ -27,6 +27,10 @@ public:
     /// file, and a SQLite file without the Kilnova tables. Throws DatabaseError.
     static std::unique_ptr<ProjectDatabase> open(const QString& path);
 
+    /// The version of the SQLite engine that Qt's driver runs in this process, as SQLite reports
+    /// it ("3.40.1"), or an empty string when the driver is missing.
+    static QString engineVersion();
+
     ~ProjectDatabase();
     ProjectDatabase(const ProjectDatabase&) = delete;
     ProjectDatabase& operator=(const ProjectDatabase&) = delete;

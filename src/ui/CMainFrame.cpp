@@ -3,6 +3,7 @@
 #include "common/MessageTable.h"
 #include "database/DatabaseError.h"
 #include "project/CKilnovaDoc.h"
+#include "ui/AboutBox.h"
 #include "ui/BackupBlastRecords.h"
 #include "ui/BlastResultsWindow.h"
 #include "ui/CBackupStockpileRecords.h"
@@ -24,6 +25,7 @@
 #include <QMessageBox>
 #include <QMimeData>
 #include <QStatusBar>
+#include <QTimer>
 
 namespace kilnova {
 
@@ -36,7 +38,11 @@ CMainFrame::CMainFrame(CKilnovaDoc& doc, std::unique_ptr<UserPrompt> prompt, QWi
     , mDoc(doc)
     , mPrompt(prompt ? std::move(prompt) : std::make_unique<GuiPrompt>(this))
     , mView(new CKilnovaView(doc))
+    , mPendingTimer(new QTimer(this))
 {
+    mPendingTimer->setSingleShot(true);
+    mPendingTimer->setInterval(200);
+    connect(mPendingTimer, &QTimer::timeout, this, &CMainFrame::openPendingWhenFree);
     setCentralWidget(mView);
     setAcceptDrops(true);
     registerHandlers();
@@ -83,11 +89,7 @@ void CMainFrame::buildMenus()
     }
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
-    help->addAction(tr("&About Kilnova"), this, [this] {
-        QMessageBox::about(this, tr("About Kilnova"),
-                           tr("<b>Kilnova</b> %1<br>Raw-material planning for the cement plant.")
-                               .arg(QApplication::applicationVersion()));
-    });
+    help->addAction(tr("&About Kilnova"), this, [this] { AboutBox::create(this)->exec(); });
     updateRecentFiles();
 }
 
@@ -258,6 +260,33 @@ bool CMainFrame::openProject(const QString& path)
     updateRecentFiles();
     afterCommand();
     return opened;
+}
+
+void CMainFrame::openRequested(const QStringList& files)
+{
+    setWindowState((windowState() & ~Qt::WindowMinimized) | Qt::WindowActive);
+    raise();
+    activateWindow();
+    if (files.isEmpty())
+        return;
+    mPendingOpen = files.first();
+    // Not from inside the socket's signal: the question about unsaved changes opens an event loop.
+    mPendingTimer->start(0);
+}
+
+void CMainFrame::openPendingWhenFree()
+{
+    if (mPendingOpen.isEmpty())
+        return;
+    // A dialog of this window is open, or the question of an earlier open: the user finishes it first.
+    if (mOpening || QApplication::activeModalWidget()) {
+        mPendingTimer->start(200);
+        return;
+    }
+    const QString path = std::exchange(mPendingOpen, QString());
+    mOpening = true;
+    openProject(path);
+    mOpening = false;
 }
 
 bool CMainFrame::save()

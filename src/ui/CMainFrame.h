@@ -11,6 +11,7 @@
 #include <memory>
 
 class QMenu;
+class QTimer;
 
 namespace kilnova {
 
@@ -28,6 +29,9 @@ public:
 
     /// Opens a project file after offering to save the current one; false if it was not opened.
     bool openProject(const QString& path);
+    /// A project handed over by another start of Kilnova: the window comes to the front and opens
+    /// it as File > Open does, once no dialog of this window is open any more. Empty: only show.
+    void openRequested(const QStringList& files);
     /// Runs a menu command, or says why it cannot run now.
     void runCommand(CommandId id);
     QAction* commandAction(CommandId id) const;
@@ -49,6 +53,7 @@ private:
     bool maybeSave();
     void afterCommand();
     void updateRecentFiles();
+    void openPendingWhenFree();
     void editChemicalEquations();
     void editClinkerProcess();
     void optimizeBlasts();
@@ -61,6 +66,10 @@ private:
     QMenu* mRecentMenu = nullptr;
     std::map<CommandId, QAction*> mActions;
     std::map<CommandId, std::function<void()>> mHandlers;
+    /// The latest project handed over while a dialog was open; it waits for the dialog to close.
+    QString mPendingOpen;
+    QTimer* mPendingTimer;
+    bool mOpening = false;
 };
 
 } // namespace kilnova

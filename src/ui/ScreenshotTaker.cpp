@@ -1,6 +1,7 @@
 #include "ui/ScreenshotTaker.h"
 
 #include "project/CKilnovaDoc.h"
+#include "ui/AboutBox.h"
 #include "ui/BlastResultsWindow.h"
 #include "ui/CMainFrame.h"
 #include "ui/COptimizeBlasts.h"
@@ -10,6 +11,7 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <QMessageBox>
 #include <QPixmap>
 #include <QTableView>
 #include <QTimer>
@@ -53,6 +55,11 @@ int ScreenshotTaker::run(const QString& project, const QString& dialog, const QS
         return 1;
     if (dialog.isEmpty())
         return save(&frame, output) ? 0 : 1;
+    if (dialog == QLatin1String("about")) {
+        std::unique_ptr<QMessageBox> about = AboutBox::create(&frame);
+        about->show();
+        return save(about.get(), output) ? 0 : 1;
+    }
 
     if (dialog == QLatin1String("optimize-blasts") || dialog == QLatin1String("optimize-results")) {
         if (!doc.database())

@@ -11,6 +11,7 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 namespace kilnova {
 namespace {
@@ -35,6 +36,24 @@ TEST_F(CliTest, CreateThenStatusPrintTheCounts)
     const CliRun again = run({"create", "plant.kndb"});
     EXPECT_EQ(again.status, 1) << "an existing database is not replaced without --force";
     EXPECT_TRUE(again.err.contains("--force"));
+}
+
+// The version scripts read is the project's; the libraries are the ones this machine runs.
+TEST_F(CliTest, VersionIsTheProjectsAndNamesTheLibrariesInUse)
+{
+    for (const char* option : {"--version", "-v"}) {
+        const CliRun r = run({option});
+        EXPECT_EQ(r.status, 0) << option;
+        const QStringList lines = r.out.split('\n');
+        ASSERT_EQ(lines.size(), 6) << r.out.toStdString();
+        EXPECT_EQ(lines[0], QStringLiteral("kilnova-cli " KILNOVA_EXPECTED_VERSION));
+        EXPECT_EQ(lines[1], QStringLiteral("Qt %1, SQLite %2").arg(qVersion(), sqlite3_libversion()));
+        EXPECT_TRUE(lines[2].startsWith("Copyright (C) 2"));
+        EXPECT_EQ(lines[3], "Licence: GNU General Public License, version 3 or later (GPL-3.0-or-later).");
+    }
+    const CliRun help = run({"--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_TRUE(help.out.contains("\n  --version  ")) << help.out.toStdString();
 }
 
 TEST_F(CliTest, FailuresPrintTheMessageAndExitNonZero)
