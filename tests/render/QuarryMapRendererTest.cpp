@@ -106,6 +106,20 @@ TEST(QuarryMapRenderer, MissingValuesAreHollowAndTheSelectionIsRingedInBlue)
                           MapSymbols::selectionColour()));
 }
 
+TEST(QuarryMapRenderer, BlastsTheListDoesNotOfferAreFaded)
+{
+    QuarryMapData data(
+        {blast("in", 0, 100, 1000, 50), blast("out", 400, 100, 1000, 50), blast("low", 200, 300, 1000, 40)});
+    data.setListed({"in", "low"});
+    const QuarryMapRenderer r(data, {}, kArea);
+    const QImage image = draw(data);
+    const QColor listed = pixelAt(image, r.transform().toPixel(0, 100));
+    const QColor faded = pixelAt(image, r.transform().toPixel(400, 100));
+    EXPECT_TRUE(sameColour(listed, QColor(0x80, 0x00, 0x26)));
+    EXPECT_GT(faded.lightness(), listed.lightness() + 80) << faded.name().toStdString();
+    EXPECT_GT(faded.red(), faded.green()) << "still red, only paler";
+}
+
 TEST(QuarryMapRenderer, AreaFollowsTonnageAndHitsFindTheTopmostBlast)
 {
     QuarryMapData data({blast("big", 100, 100, 4000, 45), blast("small", 300, 300, 1000, 45),
