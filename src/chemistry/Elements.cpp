@@ -30,6 +30,20 @@ std::string_view elementDisplayName(int index)
     return elementColumnName(index);
 }
 
+std::string_view elementUnit(int index)
+{
+    switch (static_cast<Element>(index)) {
+    case Element::MS:
+    case Element::MA:
+    case Element::LSF:
+    case Element::CostFactor:
+        return "";
+    default:
+        (void)elementColumnName(index); // out of range throws, as for the names
+        return "%";
+    }
+}
+
 std::optional<int> elementFromName(std::string_view name)
 {
     for (int i = 0; i < kElementCount; ++i) {

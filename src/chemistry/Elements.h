@@ -52,6 +52,9 @@ constexpr int elementIndex(Element e)
 std::string_view elementColumnName(int index);
 /// Name shown in lists and reports ("Cost Factor").
 std::string_view elementDisplayName(int index);
+/// Unit a value is given in: "%" for the oxides, phases, NaEq and Cl; empty for the moduli and the
+/// cost factor, which are ratios.
+std::string_view elementUnit(int index);
 /// Index of a display or column name, if it is one of the 22.
 std::optional<int> elementFromName(std::string_view name);
 

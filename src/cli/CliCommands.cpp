@@ -4,6 +4,7 @@
 #include "cli/CombineCommand.h"
 #include "cli/DemoCommand.h"
 #include "cli/ImportCommand.h"
+#include "cli/MapCommand.h"
 #include "cli/OptimizeCommand.h"
 #include "common/MessageTable.h"
 #include "database/DatabaseError.h"
@@ -32,6 +33,9 @@ Commands:
   project show PROJECT.knv            print every setting stored in a project as JSON
   combine PROJECT.knv (--select NAME... | --all)
                                       report the pairs of blasts that meet the project's combination targets
+  map PROJECT.knv [--element NAME] [--select NAME...] --out FILE.png|FILE.pdf|FILE.svg
+                                      draw the quarry map of the project's blasts, coloured by an
+                                      element (CaO unless told), with the blast filter of its settings
   demo DIR [--force] [--data FOLDER]  build the demo project DIR/demo.knv and its database DIR/demo.kndb
                                       from the files of FOLDER (else from the copy built into the program)
   import blasts|stockpiles PROJECT.knv FILE [--sheet NAME | --range NAME | --cells RANGE]
@@ -89,6 +93,11 @@ int CliCommands::run(const QStringList& arguments)
         CombineCommand combine(mOut, mErr);
         const int status = combine.run(rest);
         return status == CombineCommand::kWrongUsage ? usage(combine.problem()) : status;
+    }
+    if (command == "map") {
+        MapCommand map(mErr);
+        const int status = map.run(rest);
+        return status == MapCommand::kWrongUsage ? usage(map.problem()) : status;
     }
     if (command == "import") {
         ImportCommand import(mOut, mErr);

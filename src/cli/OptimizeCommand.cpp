@@ -5,11 +5,15 @@
 #include "database/DatabaseError.h"
 #include "database/Schema.h"
 #include "optimise/BlastOptimization.h"
+#include "optimise/BlendChartData.h"
 #include "optimise/BlendSummary.h"
+#include "render/BlendChartRenderer.h"
+#include "render/PictureFile.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QPainter>
 
 namespace kilnova {
 
@@ -37,6 +41,16 @@ QJsonObject resultJson(const BlastOptimization::Result& r)
     return json;
 }
 
+/// The blend chart of a solved run as a picture file; the message when it cannot be written.
+std::optional<QString> writeChart(const QString& path, const OptimizationRequest& request,
+                                  const OptimizationOutcome& outcome)
+{
+    const BlendChartData chart = BlendChartData::of(request, outcome, chemCoefficients());
+    return PictureFile::write(
+        path, BlendChartRenderer::preferredSize(chart.rows.size()),
+        [&chart](QPainter& painter, const QRectF& area) { BlendChartRenderer(chart, area).paint(painter); });
+}
+
 } // namespace
 
 OptimizeCommand::OptimizeCommand(QTextStream& out, QTextStream& err)
@@ -48,6 +62,7 @@ OptimizeCommand::OptimizeCommand(QTextStream& out, QTextStream& err)
 const char* OptimizeCommand::usage()
 {
     return "  optimize blasts PROJECT.knv [--select NAME...] [--json] [--store NAME [--subtract]]\n"
+           "                                      [--chart FILE.png|FILE.pdf|FILE.svg]\n"
            "                                      optimise blasts with the project's stored settings\n";
 }
 
@@ -59,6 +74,7 @@ int OptimizeCommand::run(const QStringList& args)
     }
     bool json = false, subtract = false;
     std::optional<QString> storeName;
+    std::optional<QString> chartFile;
     std::optional<QStringList> selection;
     for (qsizetype i = 2; i < args.size(); ++i) {
         const QString& a = args[i];
@@ -66,6 +82,13 @@ int OptimizeCommand::run(const QStringList& args)
             json = true;
         } else if (a == "--subtract") {
             subtract = true;
+        } else if (a == "--chart" && i + 1 < args.size()) {
+            chartFile = args[++i];
+            if (!PictureFile::formatOf(*chartFile)) {
+                mErr << "kilnova-cli: the chart is written as .png, .pdf or .svg, not \"" << *chartFile
+                     << "\"\n";
+                return 2;
+            }
         } else if (a == "--store" && i + 1 < args.size()) {
             storeName = args[++i];
         } else if (a == "--select") {
@@ -102,6 +125,13 @@ int OptimizeCommand::run(const QStringList& args)
         }
         if (!json)
             mOut << QString(result.report).replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+        if (chartFile) {
+            if (const std::optional<QString> failure =
+                    writeChart(*chartFile, result.request, result.outcome)) {
+                mErr << *failure << '\n';
+                return 1;
+            }
+        }
         if (storeName) {
             SourceUpdate::Blend blend = BlastOptimization::blendOf(result);
             blend.name = *storeName;

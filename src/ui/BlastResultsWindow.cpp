@@ -1,5 +1,6 @@
 #include "ui/BlastResultsWindow.h"
 
+#include "chemistry/ChemEquationCoefficients.h"
 #include "common/MessageTable.h"
 #include "project/CKilnovaDoc.h"
 
@@ -23,6 +24,7 @@ BlastResultsWindow::BlastResultsWindow(const BlastOptimization::Result& result, 
             store->setEnabled(false); // the blasts have changed; a second store would take twice
     });
     actionArea()->addWidget(store);
+    setChart(BlendChartData::of(result.request, result.outcome, chemCoefficients()));
 }
 
 bool BlastResultsWindow::storeBlend()

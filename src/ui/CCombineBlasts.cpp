@@ -1,9 +1,14 @@
 #include "ui/CCombineBlasts.h"
 
 #include "common/UserPrompt.h"
+#include "database/DatabaseError.h"
+#include "optimise/QuarryMapData.h"
 #include "project/CKilnovaDoc.h"
 #include "ui/CCombineResults.h"
 #include "ui/NumberField.h"
+#include "ui/QuarryMapLink.h"
+#include "ui/QuarryMapPane.h"
+#include "ui/QuarryMapView.h"
 #include "ui/ReportWindow.h"
 
 #include <QCheckBox>
@@ -16,6 +21,7 @@
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSplitter>
 #include <QVBoxLayout>
 
 namespace kilnova {
@@ -65,8 +71,10 @@ void choose(QComboBox* box, const QString& name)
 CCombineBlasts::CCombineBlasts(ProjectDatabase& db, const CCombinationParameters& parameters, UserPrompt& ui,
                                QWidget* parent)
     : QDialog(parent)
+    , mDb(db)
     , mCombiner(db, parameters, ui)
     , mUi(ui)
+    , mMap(new QuarryMapPane(ui))
 {
     setWindowTitle(QStringLiteral("Combine Blasts"));
     auto* left = new QVBoxLayout;
@@ -87,13 +95,47 @@ CCombineBlasts::CCombineBlasts(ProjectDatabase& db, const CCombinationParameters
     buttons->addWidget(button(QStringLiteral("Cancel"), this, &CCombineBlasts::reject));
     right->addLayout(buttons);
 
+    auto* columns = new QSplitter(Qt::Horizontal);
+    for (QLayout* column : {static_cast<QLayout*>(left), static_cast<QLayout*>(right)}) {
+        auto* pane = new QWidget;
+        column->setContentsMargins(0, 0, 0, 0);
+        pane->setLayout(column);
+        columns->addWidget(pane);
+        if (column == left)
+            columns->addWidget(mMap);
+    }
+    columns->setStretchFactor(1, 1);
+    columns->setChildrenCollapsible(false);
+    columns->setSizes({380, 560, 440});
     auto* layout = new QHBoxLayout(this);
-    layout->addLayout(left);
-    layout->addLayout(right);
+    layout->addWidget(columns);
+    mMapLink = new QuarryMapLink(
+        mMap->view(),
+        {mSources,
+         Qt::UserRole,
+         mFilter,
+         {mEastMinimum, mEastMaximum, mNorthMinimum, mNorthMaximum, mElevationMinimum, mElevationMaximum}},
+        [this] { takeSelection(); }, [this] { refreshSources(); }, this);
 
     showParameters();
     mReady = mCombiner.open();
     showSources();
+    if (mReady)
+        reloadMap();
+    resize(1400, 700);
+}
+
+void CCombineBlasts::reloadMap()
+{
+    try {
+        QuarryMapData data = QuarryMapData::load(mDb, Table::TempBlast);
+        data.setTaken(mChosenNames, mChosenTonnes);
+        mMap->view()->setData(std::move(data));
+    } catch (const DatabaseError& e) {
+        mUi.showMessage(e.message(), UserPrompt::Icon::Error, {});
+        return;
+    }
+    mMapLink->showList();
 }
 
 void CCombineBlasts::run(CKilnovaDoc& doc, UserPrompt& ui, QWidget* parent)
@@ -355,6 +397,8 @@ void CCombineBlasts::showSources()
         item->setData(Qt::UserRole, s.name);
         item->setSelected(mCombiner.isSelected(s.name));
     }
+    if (mMapLink)
+        mMapLink->showList();
 }
 
 void CCombineBlasts::takeSelection()
@@ -363,6 +407,8 @@ void CCombineBlasts::takeSelection()
         const QListWidgetItem* item = mSources->item(row);
         mCombiner.setSelected(item->data(Qt::UserRole).toString(), item->isSelected());
     }
+    if (mMapLink)
+        mMapLink->showSelection();
 }
 
 void CCombineBlasts::showTargets()
@@ -429,10 +475,18 @@ void CCombineBlasts::combine()
         return;
     CCombineResults results(*outcome, mCombiner.period(), mUi, this);
     results.exec();
-    if (results.chosenIndex() >= 0)
-        mCombiner.applyResults(outcome->successes[static_cast<std::size_t>(results.chosenIndex())],
-                               results.period());
+    mChosenNames.clear();
+    mChosenTonnes.clear();
+    if (results.chosenIndex() >= 0) {
+        const CSuccessfulComb& chosen = outcome->successes[static_cast<std::size_t>(results.chosenIndex())];
+        mCombiner.applyResults(chosen, results.period());
+        for (std::size_t i = 0; i < chosen.Names.size(); ++i) {
+            mChosenNames << chosen.Names[i];
+            mChosenTonnes.push_back(chosen.Quantities[i]);
+        }
+    }
     showSources();
+    reloadMap();
 }
 
 void CCombineBlasts::updateBlastTable()

@@ -14,10 +14,13 @@ namespace kilnova {
 class CKilnovaDoc;
 class NumberField;
 class ProjectDatabase;
+class QuarryMapLink;
+class QuarryMapPane;
 class UserPrompt;
 
-/// "Combine Blasts": a view over a BlastCombiner. It shows the combiner's source list, targets and
-/// settings, hands the controls' values to it before each action and shows the results window.
+/// "Combine Blasts": a view over a BlastCombiner. It shows the combiner's source list (and the
+/// quarry map of the working blasts beside it), targets and settings, hands the controls' values to
+/// it before each action and shows the results window.
 class CCombineBlasts final : public QDialog {
     Q_OBJECT
 public:
@@ -41,6 +44,9 @@ public:
     void refreshSources();
     void viewSource();
     void updateBlastTable();
+    /// Reads the working blasts of the map again.
+    void reloadMap();
+    QuarryMapPane* map() const { return mMap; }
     void accept() override;
     void reject() override;
 
@@ -56,9 +62,15 @@ private:
     /// Set, Modify or Remove on the property chosen in the Chemistry list.
     void changeTarget(int action);
 
+    ProjectDatabase& mDb;
     BlastCombiner mCombiner;
     UserPrompt& mUi;
     bool mReady = false;
+    QuarryMapPane* mMap = nullptr;
+    QuarryMapLink* mMapLink = nullptr;
+    /// The pair chosen after the last Combine and its tonnes, labelled on the map.
+    QStringList mChosenNames;
+    std::vector<double> mChosenTonnes;
 
     QListWidget* mSources = nullptr;
     QCheckBox* mFilter = nullptr;

@@ -3,7 +3,11 @@
 #include "common/UserPrompt.h"
 #include "database/DatabaseError.h"
 #include "optimise/ConstraintEntry.h"
+#include "optimise/QuarryMapData.h"
 #include "ui/NumberField.h"
+#include "ui/QuarryMapLink.h"
+#include "ui/QuarryMapPane.h"
+#include "ui/QuarryMapView.h"
 #include "ui/RecordView.h"
 
 #include <QCheckBox>
@@ -15,6 +19,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
+#include <QSplitter>
 #include <QVBoxLayout>
 
 namespace kilnova {
@@ -31,6 +36,7 @@ NumberField* numberField(const char* name)
 COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParameters& parameters,
                                  UserPrompt& ui, ResultsHandler showResults, QWidget* parent)
     : QDialog(parent)
+    , mDb(db)
     , mOptimization(db, parameters)
     , mParameters(parameters)
     , mUi(ui)
@@ -47,6 +53,7 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     , mSources(new QListWidget)
     , mFilter(new QCheckBox(QStringLiteral("Filter by coordinate")))
     , mRunningTotal(new QLineEdit)
+    , mMap(new QuarryMapPane(ui))
 {
     setWindowTitle(QStringLiteral("Optimize Blasts"));
     mMode->setObjectName("mode");
@@ -142,11 +149,18 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     auto* right = new QVBoxLayout;
     right->addLayout(objective);
     right->addWidget(constraintBox);
-    auto* columns = new QHBoxLayout;
+    auto* rightPane = new QWidget;
+    rightPane->setLayout(right);
+    right->setContentsMargins(0, 0, 0, 0);
+    auto* columns = new QSplitter(Qt::Horizontal);
     columns->addWidget(sourceBox);
-    columns->addLayout(right);
+    columns->addWidget(mMap);
+    columns->addWidget(rightPane);
+    columns->setStretchFactor(1, 1);
+    columns->setChildrenCollapsible(false);
+    columns->setSizes({300, 640, 360});
     auto* layout = new QVBoxLayout(this);
-    layout->addLayout(columns);
+    layout->addWidget(columns, 1);
     layout->addWidget(new QLabel(QStringLiteral("Selected Blasts Running Total")));
     layout->addWidget(mRunningTotal);
     layout->addLayout(buttons);
@@ -171,12 +185,16 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
         mOptimization.removeConstraint(mConstraints->currentRow());
         showConstraints();
     });
-    connect(refresh, &QPushButton::clicked, this, &COptimizeBlasts::refreshSources);
+    connect(refresh, &QPushButton::clicked, this, [this] {
+        reloadMap();
+        refreshSources();
+    });
     connect(extent, &QPushButton::clicked, this, [this] {
         guarded([this] { mOptimization.computeExtent(); });
         for (int i = 0; i < 6; ++i)
             mBounds[static_cast<std::size_t>(i)]->setValue(
                 mOptimization.bounds()[static_cast<std::size_t>(i)]);
+        mMapLink->showFilter();
     });
     connect(mSources, &QListWidget::itemSelectionChanged, this, &COptimizeBlasts::selectionChanged);
     connect(viewSource, &QPushButton::clicked, this, &COptimizeBlasts::viewSource);
@@ -184,9 +202,26 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     connect(ok, &QPushButton::clicked, this, &COptimizeBlasts::accept);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
 
+    mMapLink = new QuarryMapLink(
+        mMap->view(), {mSources, Qt::DisplayRole, mFilter, mBounds}, [this] { selectionChanged(); },
+        [this] { refreshSources(); }, this);
+
     showConstraints();
+    reloadMap();
     refreshSources();
     updateEnabling();
+    resize(1320, 640);
+}
+
+void COptimizeBlasts::reloadMap()
+{
+    QuarryMapData data;
+    if (!guarded([&] { data = QuarryMapData::load(mDb, Table::Blast); }))
+        return;
+    if (mLastRun)
+        data.setTaken(mLastRun->request, mLastRun->outcome);
+    mMap->view()->setData(std::move(data));
+    mMapLink->showList();
 }
 
 bool COptimizeBlasts::guarded(const std::function<void()>& step)
@@ -271,6 +306,8 @@ void COptimizeBlasts::refreshSources()
         mSources->scrollToItem(shown.first());
     mSourceCaption->setText(mOptimization.sourceCaption());
     selectionChanged();
+    if (mMapLink)
+        mMapLink->showList();
 }
 
 void COptimizeBlasts::selectionChanged()
@@ -281,6 +318,8 @@ void COptimizeBlasts::selectionChanged()
             names << mSources->item(i)->text();
     }
     mOptimization.setSelection(names);
+    if (mMapLink)
+        mMapLink->showSelection();
     QString total;
     guarded([&] { total = mOptimization.runningTotal(); });
     mRunningTotal->setText(total);
@@ -307,9 +346,12 @@ void COptimizeBlasts::optimize()
         mUi.showMessage(result.outcome.message, UserPrompt::Icon::Warning, {});
         return;
     }
+    mLastRun = result;
+    mMap->view()->editData().setTaken(result.request, result.outcome);
     if (mShowResults)
         mShowResults(result);
-    // Storing the blend may have reduced or deleted blasts: list what is there now.
+    // Storing the blend may have reduced or deleted blasts: list and map what is there now.
+    reloadMap();
     refreshSources();
 }
 

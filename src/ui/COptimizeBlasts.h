@@ -15,10 +15,13 @@ class QListWidget;
 namespace kilnova {
 
 class NumberField;
+class QuarryMapLink;
+class QuarryMapPane;
 class UserPrompt;
 
-/// "Optimize Blasts": a thin view over BlastOptimization. Optimize shows the report through the
-/// showResults callback (the results window); OK hands the settings back through parameters().
+/// "Optimize Blasts": a thin view over BlastOptimization, with the quarry map beside the source
+/// list. Optimize shows the report through the showResults callback (the results window) and labels
+/// the blasts taken on the map; OK hands the settings back through parameters().
 class COptimizeBlasts final : public QDialog {
     Q_OBJECT
 public:
@@ -34,6 +37,9 @@ public:
     void optimize();
     void accept() override;
     void refreshSources();
+    /// Reads the blasts of the map again from the database.
+    void reloadMap();
+    QuarryMapPane* map() const { return mMap; }
 
 private:
     /// Copies the edit fields into the core object; false (after telling the user) if one is not a number.
@@ -46,6 +52,7 @@ private:
     /// Runs a step that reads the database, telling the user if it fails.
     bool guarded(const std::function<void()>& step);
 
+    ProjectDatabase& mDb;
     BlastOptimization mOptimization;
     COptimizationParameters mParameters;
     UserPrompt& mUi;
@@ -64,6 +71,10 @@ private:
     QCheckBox* mFilter;
     std::array<NumberField*, 6> mBounds{};
     QLineEdit* mRunningTotal;
+    QuarryMapPane* mMap;
+    QuarryMapLink* mMapLink = nullptr;
+    /// The last Optimize, whose tonnes the map labels.
+    std::optional<BlastOptimization::Result> mLastRun;
 };
 
 } // namespace kilnova

@@ -1,5 +1,7 @@
 #include "ui/ReportPrinter.h"
 
+#include "render/BlendChartRenderer.h"
+
 #include <QFile>
 #include <QFontDatabase>
 #include <QFontMetrics>
@@ -12,7 +14,8 @@
 
 namespace kilnova {
 
-ReportPrinter::ReportPrinter(const QString& reportText)
+ReportPrinter::ReportPrinter(const QString& reportText, std::optional<BlendChartData> chart)
+    : mChart(std::move(chart))
 {
     QString text = reportText;
     text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
@@ -47,11 +50,15 @@ int ReportPrinter::print(QPagedPaintDevice& device) const
     const QRect area = painter.viewport();
     const int footerHeight = 2 * lineHeight;
     const int linesPerPage = std::max(1, (area.height() - footerHeight) / lineHeight);
-    const int pages = std::max<int>(1, static_cast<int>((mLines.size() + linesPerPage - 1) / linesPerPage));
+    const int textPages =
+        std::max<int>(1, static_cast<int>((mLines.size() + linesPerPage - 1) / linesPerPage));
+    const int pages = textPages + (mChart ? 1 : 0);
 
     for (int page = 0; page < pages; ++page) {
         if (page > 0)
             device.newPage();
+        if (page == textPages)
+            paintChart(painter, QRect(0, 0, area.width(), area.height() - footerHeight));
         for (int i = 0; i < linesPerPage; ++i) {
             const qsizetype line = static_cast<qsizetype>(page) * linesPerPage + i;
             if (line >= mLines.size())
@@ -63,6 +70,18 @@ int ReportPrinter::print(QPagedPaintDevice& device) const
                          footer);
     }
     return pages;
+}
+
+void ReportPrinter::paintChart(QPainter& painter, const QRect& area) const
+{
+    // The chart is drawn at its own size in its pixels and scaled to the page's width (or height).
+    const QSizeF size = BlendChartRenderer::preferredSize(mChart->rows.size());
+    const double scale = std::min(area.width() / size.width(), area.height() / size.height());
+    painter.save();
+    painter.translate(area.topLeft());
+    painter.scale(scale, scale);
+    BlendChartRenderer(*mChart, QRectF(QPointF(0, 0), size)).paint(painter);
+    painter.restore();
 }
 
 bool ReportPrinter::writePdf(const QString& path) const

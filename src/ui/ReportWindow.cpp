@@ -1,6 +1,7 @@
 #include "ui/ReportWindow.h"
 
 #include "common/UserPrompt.h"
+#include "ui/BlendChartView.h"
 #include "ui/ReportPrinter.h"
 
 #include <QDir>
@@ -11,7 +12,10 @@
 #include <QPrinter>
 #include <QPushButton>
 #include <QSaveFile>
+#include <QSplitter>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace kilnova {
 
@@ -19,6 +23,7 @@ ReportWindow::ReportWindow(const QString& title, const QString& reportText, User
     : QDialog(parent)
     , mReport(reportText)
     , mUi(ui)
+    , mSplitter(new QSplitter(Qt::Horizontal))
     , mView(new QPlainTextEdit)
     , mActions(new QHBoxLayout)
 {
@@ -47,10 +52,27 @@ ReportWindow::ReportWindow(const QString& title, const QString& reportText, User
     for (QPushButton* b : {pdf, text, print, ok})
         buttons->addWidget(b);
 
+    mSplitter->addWidget(mView);
+    mSplitter->setChildrenCollapsible(false);
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(mView);
+    layout->addWidget(mSplitter, 1);
     layout->addLayout(buttons);
     resize(900, 640);
+}
+
+void ReportWindow::setChart(const BlendChartData& chart)
+{
+    mChart = chart;
+    if (auto* old = findChild<BlendChartView*>())
+        delete old;
+    auto* view = new BlendChartView(chart);
+    mSplitter->addWidget(view);
+    mSplitter->setStretchFactor(0, 1);
+    mSplitter->setStretchFactor(1, 1);
+    resize(std::max(width(), 1320), std::max(height(), 680));
+    // The report's widest lines (about 92 characters) stay whole; the chart takes the rest.
+    const int reportWidth = mView->fontMetrics().horizontalAdvance(QString(96, u'0'));
+    mSplitter->setSizes({reportWidth, std::max(460, width() - reportWidth - 40)});
 }
 
 void ReportWindow::print()
@@ -60,7 +82,7 @@ void ReportWindow::print()
     dialog.setWindowTitle(QStringLiteral("Print"));
     if (dialog.exec() != QDialog::Accepted)
         return;
-    if (ReportPrinter(mReport).print(printer) == 0)
+    if (ReportPrinter(mReport, mChart).print(printer) == 0)
         mUi.showMessage(QStringLiteral("The report could not be printed."), UserPrompt::Icon::Error, {});
 }
 
@@ -84,7 +106,7 @@ bool ReportWindow::saveAsText()
 
 bool ReportWindow::writePdf(const QString& path)
 {
-    if (ReportPrinter(mReport).writePdf(path))
+    if (ReportPrinter(mReport, mChart).writePdf(path))
         return true;
     mUi.showMessage(
         QStringLiteral("The report could not be written to %1.").arg(QDir::toNativeSeparators(path)),

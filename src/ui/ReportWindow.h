@@ -1,9 +1,14 @@
 #pragma once
 
+#include "optimise/BlendChartData.h"
+
 #include <QDialog>
+
+#include <optional>
 
 class QHBoxLayout;
 class QPlainTextEdit;
+class QSplitter;
 
 namespace kilnova {
 
@@ -11,13 +16,17 @@ class UserPrompt;
 
 /// A results window: the report in a read-only fixed-pitch view with "OK", "Print", "Save as PDF…"
 /// and "Save as text…". A caller adds its own actions (store the blend, use a combination) to
-/// actionArea(). The window only shows the text it was given.
+/// actionArea(). The window only shows the text it was given, and the blend chart beside it when
+/// given one, which then also prints as the last page.
 class ReportWindow : public QDialog {
     Q_OBJECT
 public:
     ReportWindow(const QString& title, const QString& reportText, UserPrompt& ui, QWidget* parent = nullptr);
 
     const QString& reportText() const { return mReport; }
+    /// Shows the blend chart beside the report; it is printed after the report's pages.
+    void setChart(const BlendChartData& chart);
+    const std::optional<BlendChartData>& chart() const { return mChart; }
     /// Where callers put their own buttons, left of the standard ones.
     QHBoxLayout* actionArea() const { return mActions; }
 
@@ -33,7 +42,9 @@ protected:
 
 private:
     QString mReport;
+    std::optional<BlendChartData> mChart;
     UserPrompt& mUi;
+    QSplitter* mSplitter;
     QPlainTextEdit* mView;
     QHBoxLayout* mActions;
 };

@@ -3,6 +3,7 @@
 #include "project/CKilnovaDoc.h"
 #include "ui/AboutBox.h"
 #include "ui/BlastResultsWindow.h"
+#include "ui/CCombineBlasts.h"
 #include "ui/CMainFrame.h"
 #include "ui/COptimizeBlasts.h"
 #include "ui/QuietPrompt.h"
@@ -61,7 +62,7 @@ int ScreenshotTaker::run(const QString& project, const QString& dialog, const QS
         return save(about.get(), output) ? 0 : 1;
     }
 
-    if (dialog == QLatin1String("optimize-blasts") || dialog == QLatin1String("optimize-results")) {
+    if (dialog.startsWith(QLatin1String("optimize-"))) {
         if (!doc.database())
             return 1;
         COptimizeBlasts optimize(*doc.database(), doc.settings().blastOptimization, prompt, {}, &frame);
@@ -73,10 +74,27 @@ int ScreenshotTaker::run(const QString& project, const QString& dialog, const QS
             std::fprintf(stderr, "%s\n", qPrintable(result.outcome.message));
             return 1;
         }
+        if (dialog == QLatin1String("optimize-map")) {
+            // The map after Optimize: the blasts taken carry their tonnes.
+            optimize.optimize();
+            return save(&optimize, output) ? 0 : 1;
+        }
         BlastResultsWindow results(result, doc, prompt, &frame);
-        results.resize(820, 640);
         results.show();
         return save(&results, output) ? 0 : 1;
+    }
+    if (dialog == QLatin1String("combine-blasts")) {
+        if (!doc.database())
+            return 1;
+        CCombineBlasts combine(*doc.database(), doc.settings().combination, prompt, &frame);
+        if (!combine.ready())
+            return 1;
+        // The blasts of the blast optimisation's settings, so that both pictures tell one story.
+        for (const QString& name : doc.settings().blastOptimization.selectedSources)
+            combine.combiner().setSelected(name, true);
+        combine.refreshSources();
+        combine.show();
+        return save(&combine, output) ? 0 : 1;
     }
 
     const std::map<QString, Table> tables = {{"blast", Table::Blast},         {"stockpile", Table::Stockpile},

@@ -12,9 +12,10 @@ public:
 
     /// dialog is empty for the main window, else "view-TABLE", "modify-TABLE" or "form-TABLE"
     /// (the record form of the third row, which the list shows selected), TABLE one of blast,
-    /// stockpile, crude, clinker, additives, coal; or "optimize-blasts" and "optimize-results" for
-    /// Optimize > Blasts on the project's settings; "about" for Help > About. Returns the exit
-    /// status of the program.
+    /// stockpile, crude, clinker, additives, coal; "optimize-blasts", "optimize-map" (after Optimize)
+    /// and "optimize-results" for Optimize > Blasts on the project's settings; "combine-blasts" for
+    /// Optimize > Analyse Blast Combinations with every blast chosen; "about" for Help > About.
+    /// Returns the exit status.
     static int run(const QString& project, const QString& dialog, const QString& output);
 };
 

@@ -25,5 +25,17 @@ TEST(Elements, NamesResolveBothWays)
     EXPECT_FALSE(elementFromName("Quantity").has_value());
 }
 
+TEST(Elements, RatiosHaveNoUnitAndEverythingElseIsAPercentage)
+{
+    const std::pair<Element, std::string_view> cases[] = {
+        {Element::Titration, "%"}, {Element::CaO, "%"}, {Element::MS, ""},    {Element::MA, ""},
+        {Element::LSF, ""},        {Element::C3S, "%"}, {Element::NaEq, "%"}, {Element::CostFactor, ""},
+        {Element::C4AF, "%"},      {Element::Cl, "%"},
+    };
+    for (const auto& [element, unit] : cases)
+        EXPECT_EQ(elementUnit(elementIndex(element)), unit) << elementColumnName(elementIndex(element));
+    EXPECT_THROW((void)elementUnit(kElementCount), std::out_of_range);
+}
+
 } // namespace
 } // namespace kilnova

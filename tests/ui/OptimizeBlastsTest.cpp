@@ -6,6 +6,7 @@
 #include "support/ScriptedPrompt.h"
 #include "ui/BackupBlastRecords.h"
 #include "ui/BlastResultsWindow.h"
+#include "ui/BlendChartView.h"
 #include "ui/CBackupStockpileRecords.h"
 #include "ui/COptimizeBlasts.h"
 #include "ui/CPromptDlg.h"
@@ -219,6 +220,12 @@ private slots:
 
         BlastResultsWindow window(result, doc, ui);
         QCOMPARE(window.windowTitle(), QStringLiteral("Blast Optimization Results"));
+        // Beside the report, the chart: SiO2 held at its minimum of 12 (800 t of B1, 200 t of B2), and CaO.
+        QVERIFY(window.findChild<BlendChartView*>("blendChart"));
+        QCOMPARE(window.chart()->rows.size(), std::size_t{2});
+        QCOMPARE(window.chart()->rows[0].binding, BlendChartData::Binding::Minimum);
+        QVERIFY(std::abs(window.chart()->rows[0].value - 12.0) < 1e-9);
+        QVERIFY(window.chart()->rows[1].optimised);
         QStringList captions;
         for (const QPushButton* b : window.findChildren<QPushButton*>())
             captions << b->text();
