@@ -33,8 +33,12 @@ Commands:
                                       report the pairs of blasts that meet the project's combination targets
   demo DIR [--force]                  build the demo project DIR/demo.knv and its database DIR/demo.kndb
   import blasts|stockpiles PROJECT.knv FILE [--sheet NAME | --range NAME | --cells RANGE]
+                                      [--strict] [--force]
                                       import a text file with the project's layout, or a workbook
-                                      (.xls, .xlsx, .csv) by its headings, from its first sheet unless told
+                                      (.xls, .xlsx, .csv) by its headings, from its first sheet unless told;
+                                      number fields that are not numbers are listed on standard error
+                                      (--strict refuses the file), a file that does not fit the layout is
+                                      refused (--force imports it all the same)
 )";
 
 QString absolute(const QString& path)
