@@ -6,6 +6,7 @@
 #include "database/Schema.h"
 #include "optimise/BlastOptimization.h"
 #include "optimise/BlendSummary.h"
+#include "optimise/StoreRefused.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -47,8 +48,11 @@ OptimizeCommand::OptimizeCommand(QTextStream& out, QTextStream& err)
 
 const char* OptimizeCommand::usage()
 {
-    return "  optimize blasts PROJECT.knv [--select NAME...] [--json] [--store NAME [--subtract]]\n"
-           "                                      optimise blasts with the project's stored settings\n";
+    return "  optimize blasts PROJECT.knv [--select NAME...] [--json] [--store NAME [--subtract]\n"
+           "                                      [--allow-duplicate]]\n"
+           "                                      optimise blasts with the project's stored settings; a\n"
+           "                                      stockpile name already taken is refused unless "
+           "--allow-duplicate\n";
 }
 
 int OptimizeCommand::run(const QStringList& args)
@@ -57,7 +61,7 @@ int OptimizeCommand::run(const QStringList& args)
         mErr << "kilnova-cli: optimize needs: blasts PROJECT.knv\n" << usage();
         return 2;
     }
-    bool json = false, subtract = false;
+    bool json = false, subtract = false, allowDuplicate = false;
     std::optional<QString> storeName;
     std::optional<QStringList> selection;
     for (qsizetype i = 2; i < args.size(); ++i) {
@@ -66,6 +70,8 @@ int OptimizeCommand::run(const QStringList& args)
             json = true;
         } else if (a == "--subtract") {
             subtract = true;
+        } else if (a == "--allow-duplicate") {
+            allowDuplicate = true;
         } else if (a == "--store" && i + 1 < args.size()) {
             storeName = args[++i];
         } else if (a == "--select") {
@@ -105,13 +111,16 @@ int OptimizeCommand::run(const QStringList& args)
         if (storeName) {
             SourceUpdate::Blend blend = BlastOptimization::blendOf(result);
             blend.name = *storeName;
-            SourceUpdate::store(*project->db, blend, BlastOptimization::takesOf(result), subtract);
+            const StoreSummary stored = SourceUpdate::store(
+                *project->db, blend, BlastOptimization::takesOf(result), subtract,
+                allowDuplicate ? DuplicateNamePolicy::Choice::KeepBoth : DuplicateNamePolicy::Choice::Refuse);
             if (!json)
-                mOut << QStringLiteral("Stored the blend as stockpile \"%1\"%2.\n")
-                            .arg(*storeName,
-                                 subtract ? QStringLiteral(" and subtracted it from the blasts") : QString());
+                mOut << stored.describe() << '\n';
         }
         return 0;
+    } catch (const StoreRefused& e) {
+        mErr << e.message() << "\nAdd --allow-duplicate to store a second record of that name.\n";
+        return 1;
     } catch (const DatabaseError& e) {
         mErr << message(Msg::DatabaseOperationFailed) << '\n' << e.message() << '\n';
         return 1;
