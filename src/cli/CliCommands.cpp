@@ -1,5 +1,6 @@
 #include "cli/CliCommands.h"
 
+#include "cli/CliProject.h"
 #include "cli/CliPrompt.h"
 #include "cli/CombineCommand.h"
 #include "cli/DemoCommand.h"
@@ -24,6 +25,7 @@ namespace {
 const char* const kUsage = R"(Usage: kilnova-cli COMMAND ...
 
 Commands:
+  (import, optimize and combine take --db DB: use database DB instead of the one the project names)
   create DB [--force]                 create a project database (--force replaces an existing file)
   status DB                           show the record counts of a project database
   project new PROJECT.knv --db DB [--force]
@@ -68,7 +70,18 @@ int CliCommands::run(const QStringList& arguments)
     if (arguments.isEmpty())
         return usage();
     const QString command = arguments.first();
-    const QStringList rest = arguments.mid(1);
+    QStringList rest = arguments.mid(1);
+    // The commands that open a project take --db, the database to use in place of the one it names.
+    CliProject::setDatabaseOption(std::nullopt);
+    if (command == "import" || command == "optimize" || command == "combine") {
+        const qsizetype at = rest.indexOf(QStringLiteral("--db"));
+        if (at >= 0) {
+            if (at + 1 >= rest.size())
+                return usage(QStringLiteral("--db needs the path of a project database"));
+            CliProject::setDatabaseOption(rest[at + 1]);
+            rest.remove(at, 2);
+        }
+    }
     if (command == "create")
         return create(rest);
     if (command == "status")

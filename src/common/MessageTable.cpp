@@ -149,6 +149,19 @@ const QHash<int, QString>& table()
         {31724, QStringLiteral("%1 in %2")},
         {31725, QStringLiteral("Backup rows made: %1.")},
         {31726, QStringLiteral("No backup rows were made.")},
+        {31730,
+         QStringLiteral("This project names the database %1, outside the project's folder, while a "
+                        "database of the same name lies beside the project: %2.\n\nWhich one should the "
+                        "project use?")},
+        {31731,
+         QStringLiteral("This project names the database %1, which is not there, while a database of the "
+                        "same name lies beside the project: %2.\n\nShould the project use that one?")},
+        {31732, QStringLiteral("The one beside the project")},
+        {31733, QStringLiteral("The one the project names")},
+        {31734, QStringLiteral("Leave the project unconnected")},
+        {31735, QStringLiteral("The project's database %1 lies in its old folder. Copy it to %2, so that the "
+                               "project saved in the new folder keeps its data with it?")},
+        {31736, QStringLiteral("The database could not be copied to %1, so the project was not saved.")},
     };
     return texts;
 }

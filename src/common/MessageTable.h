@@ -109,6 +109,13 @@ enum class Msg : int {
     StoreBackupRows,
     StoreBackups,
     StoreNoBackups,
+    DatabaseOutsideProject = 31730,
+    DatabaseNotThere,
+    UseDatabaseBeside,
+    UseDatabaseNamed,
+    LeaveUnconnected,
+    CopyDatabaseQuestion,
+    DatabaseNotCopied,
 };
 
 /// The exact text of a message with %1, %2, ... filled in from args (numbers are formatted by the

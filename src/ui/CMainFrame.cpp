@@ -281,7 +281,7 @@ bool CMainFrame::saveAs()
     const std::optional<QString> path = mPrompt->chooseFile(request);
     if (!path)
         return false;
-    const bool saved = mDoc.saveDocument(*path, *mPrompt);
+    const bool saved = mDoc.saveDocumentAs(*path, *mPrompt);
     if (saved) {
         RecentFiles().add(*path);
         updateRecentFiles();
