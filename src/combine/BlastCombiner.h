@@ -69,8 +69,8 @@ public:
     /// ("Update Blasts") the pair is taken out of the working blasts and the period adopted.
     bool applyResults(const CSuccessfulComb& chosen, int windowPeriod);
 
-    /// "Update Blast Table": after the user confirms, Blast and stdBlast become the working copies.
-    /// True when they were written.
+    /// "Update Blast Table": after the user confirms, Blast and stdBlast become the working copies,
+    /// and the user is told how many blasts changed. True when they were written.
     bool updateBlastTable();
 
 private:

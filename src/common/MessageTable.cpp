@@ -162,6 +162,17 @@ const QHash<int, QString>& table()
         {31735, QStringLiteral("The project's database %1 lies in its old folder. Copy it to %2, so that the "
                                "project saved in the new folder keeps its data with it?")},
         {31736, QStringLiteral("The database could not be copied to %1, so the project was not saved.")},
+        {31740, QStringLiteral("Delete the %1 row(s) of the %2 table? What they hold can no longer be "
+                               "restored.")},
+        {31741, QStringLiteral("%1 row(s) were deleted from the %2 table.")},
+        {31742, QStringLiteral("Restore the %1 selected row(s) of the %2 table? Each one overwrites the %3 "
+                               "record of the same name, or brings it back if it was deleted.")},
+        {31743, QStringLiteral("%1 of the %2 selected row(s) were restored into the %3 table.")},
+        {31744, QStringLiteral("%1 row(s) were not restored: several backups share the name and none has the "
+                               "Quantity shown.")},
+        {31745,
+         QStringLiteral("The Blast table now holds the working copies: %1 blast(s) changed, %2 deleted, "
+                        "%3 added. The records they replaced were not backed up.")},
     };
     return texts;
 }

@@ -116,6 +116,12 @@ enum class Msg : int {
     LeaveUnconnected,
     CopyDatabaseQuestion,
     DatabaseNotCopied,
+    DeleteBackupsQuestion = 31740,
+    BackupsDeleted,
+    RestoreQuestion,
+    Restored,
+    RestoreUnmatched,
+    BlastTableUpdated,
 };
 
 /// The exact text of a message with %1, %2, ... filled in from args (numbers are formatted by the

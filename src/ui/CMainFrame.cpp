@@ -2,6 +2,7 @@
 
 #include "common/MessageTable.h"
 #include "database/DatabaseError.h"
+#include "project/BackupCommands.h"
 #include "project/CKilnovaDoc.h"
 #include "ui/BackupBlastRecords.h"
 #include "ui/BlastResultsWindow.h"
@@ -205,11 +206,7 @@ void CMainFrame::restoreBackups(BackupRestore::Kind kind)
 
 void CMainFrame::deleteBackups(BackupRestore::Kind kind)
 {
-    try {
-        BackupRestore(*mDoc.database(), kind).deleteBackups();
-    } catch (const DatabaseError& e) {
-        mPrompt->showMessage(message(Msg::DatabaseOperationFailed), UserPrompt::Icon::Error, e.message());
-    }
+    BackupCommands::deleteBackups(*mDoc.database(), kind, *mPrompt);
 }
 
 void CMainFrame::editClinkerProcess()
