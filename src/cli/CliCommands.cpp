@@ -31,8 +31,6 @@ Commands:
   project new PROJECT.knv --db DB [--force]
                                       write a project with default settings that uses database DB
   project show PROJECT.knv            print every setting stored in a project as JSON
-  combine PROJECT.knv (--select NAME... | --all)
-                                      report the pairs of blasts that meet the project's combination targets
   demo DIR [--force]                  build the demo project DIR/demo.knv and its database DIR/demo.kndb
   import blasts|stockpiles PROJECT.knv FILE [--sheet NAME | --range NAME | --cells RANGE]
                                       [--strict] [--force]
@@ -60,7 +58,7 @@ int CliCommands::usage(const QString& problem)
 {
     if (!problem.isEmpty())
         mErr << "kilnova-cli: " << problem << '\n';
-    mErr << kUsage << OptimizeCommand::usage();
+    mErr << kUsage << OptimizeCommand::usage() << CombineCommand::usage();
     mErr.flush();
     return 2;
 }
@@ -105,7 +103,7 @@ int CliCommands::run(const QStringList& arguments)
         return status == ImportCommand::kWrongUsage ? usage(import.problem()) : status;
     }
     if (command == "--help" || command == "-h" || command == "help") {
-        mOut << kUsage << OptimizeCommand::usage();
+        mOut << kUsage << OptimizeCommand::usage() << CombineCommand::usage();
         return 0;
     }
     return usage(QStringLiteral("unknown command \"%1\"").arg(arguments.join(' ')));

@@ -1,6 +1,7 @@
 #include "cli/OptimizeCommand.h"
 
 #include "cli/CliProject.h"
+#include "cli/CliWording.h"
 #include "common/MessageTable.h"
 #include "database/DatabaseError.h"
 #include "database/Schema.h"
@@ -103,7 +104,7 @@ int OptimizeCommand::run(const QStringList& args)
         if (json)
             mOut << QJsonDocument(resultJson(result)).toJson(QJsonDocument::Indented);
         if (!result.outcome.solved) {
-            mErr << result.outcome.message << '\n';
+            mErr << CliWording::reword(result.outcome.message) << '\n';
             return 1;
         }
         if (!json)

@@ -37,6 +37,8 @@ public:
     CCombinationParameters& parameters() { return mParameters; }
     const CCombinationParameters& parameters() const { return mParameters; }
     int period() const { return mPeriod; }
+    /// The period the next report prints, for a run that continues a plan made earlier.
+    void setPeriod(int period) { mPeriod = period; }
 
     // The source list.
     const std::vector<WorkingBlastTables::Source>& sources() const { return mSources; }

@@ -84,7 +84,7 @@ TEST_F(OptimizeCliTest, JsonSelectionAndFailures)
 
     const CliRun one = run({"optimize", "blasts", mDir.filePath("plant.knv"), "--select", "B1"});
     EXPECT_EQ(one.status, 1);
-    EXPECT_EQ(one.err, "Please, select at least 2 sources\n");
+    EXPECT_EQ(one.err, "Select at least 2 blasts with --select NAME... or --all.\n");
     EXPECT_TRUE(one.out.isEmpty());
 
     EXPECT_EQ(run({"optimize", "blasts", mDir.filePath("plant.knv"), "--frobnicate"}).status, 2);
