@@ -65,7 +65,8 @@ void choose(QComboBox* box, const QString& name)
 CCombineBlasts::CCombineBlasts(ProjectDatabase& db, const CCombinationParameters& parameters, UserPrompt& ui,
                                QWidget* parent)
     : QDialog(parent)
-    , mCombiner(db, parameters, ui)
+    , mPrompt(ui, [this] { mProgress.reset(); })
+    , mCombiner(db, parameters, mPrompt)
     , mUi(ui)
 {
     setWindowTitle(QStringLiteral("Combine Blasts"));
@@ -95,6 +96,8 @@ CCombineBlasts::CCombineBlasts(ProjectDatabase& db, const CCombinationParameters
     mReady = mCombiner.open();
     showSources();
 }
+
+CCombineBlasts::~CCombineBlasts() = default;
 
 void CCombineBlasts::run(CKilnovaDoc& doc, UserPrompt& ui, QWidget* parent)
 {
@@ -415,16 +418,20 @@ void CCombineBlasts::combine()
 {
     if (!readControls())
         return;
-    QProgressDialog progress(QStringLiteral("Analysing blast combinations…"), QStringLiteral("Cancel"), 0,
-                             1000, this);
-    progress.setWindowModality(Qt::WindowModal);
-    progress.setMinimumDuration(400);
+    // The progress dialog is made at the first step of the search, not before: the checks before it
+    // may refuse, and their message must be the only window the user sees.
     const std::optional<CombinationOutcome> outcome =
-        mCombiner.combine([&progress](long long done, long long total) {
-            progress.setValue(total > 0 ? static_cast<int>(done * 1000 / total) : 0);
-            return !progress.wasCanceled();
+        mCombiner.combine([this](long long done, long long total) {
+            if (!mProgress) {
+                mProgress = std::make_unique<QProgressDialog>(QStringLiteral("Analysing blast combinations…"),
+                                                              QStringLiteral("Cancel"), 0, 1000, this);
+                mProgress->setWindowModality(Qt::WindowModal);
+                mProgress->setMinimumDuration(400);
+            }
+            mProgress->setValue(total > 0 ? static_cast<int>(done * 1000 / total) : 0);
+            return !mProgress->wasCanceled();
         });
-    progress.reset();
+    mProgress.reset();
     if (!outcome)
         return;
     CCombineResults results(*outcome, mCombiner.period(), mUi, this);

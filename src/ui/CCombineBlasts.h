@@ -1,12 +1,16 @@
 #pragma once
 
 #include "combine/BlastCombiner.h"
+#include "ui/ProgressPrompt.h"
 
 #include <QDialog>
+
+#include <memory>
 
 class QCheckBox;
 class QComboBox;
 class QListWidget;
+class QProgressDialog;
 class QRadioButton;
 
 namespace kilnova {
@@ -24,6 +28,7 @@ public:
     /// The working copies are refreshed here; ready() tells whether that worked.
     CCombineBlasts(ProjectDatabase& db, const CCombinationParameters& parameters, UserPrompt& ui,
                    QWidget* parent = nullptr);
+    ~CCombineBlasts() override;
 
     /// Optimize > Analyse Blast Combinations: runs the dialog over the document's database and
     /// keeps its settings in the document when the user presses OK.
@@ -56,6 +61,10 @@ private:
     /// Set, Modify or Remove on the property chosen in the Chemistry list.
     void changeTarget(int action);
 
+    /// The progress of a run, from its first step until it ends or something is to be said.
+    std::unique_ptr<QProgressDialog> mProgress;
+    /// What the combiner says is never shown under the progress dialog.
+    ProgressPrompt mPrompt;
     BlastCombiner mCombiner;
     UserPrompt& mUi;
     bool mReady = false;
