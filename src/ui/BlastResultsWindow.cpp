@@ -14,6 +14,7 @@ BlastResultsWindow::BlastResultsWindow(const BlastOptimization::Result& result, 
     , mResult(result)
     , mDoc(doc)
 {
+    setPageHeader(PageHeader::of(doc));
     auto* store = new QPushButton(QStringLiteral("Store blend…"));
     store->setObjectName(QStringLiteral("storeBlend"));
     store->setToolTip(

@@ -8,6 +8,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileInfo>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -68,6 +69,7 @@ CCombineBlasts::CCombineBlasts(ProjectDatabase& db, const CCombinationParameters
     , mPrompt(ui, [this] { mProgress.reset(); })
     , mCombiner(db, parameters, mPrompt)
     , mUi(ui)
+    , mDatabaseName(QFileInfo(db.path()).fileName())
 {
     setWindowTitle(QStringLiteral("Combine Blasts"));
     auto* left = new QVBoxLayout;
@@ -102,6 +104,7 @@ CCombineBlasts::~CCombineBlasts() = default;
 void CCombineBlasts::run(CKilnovaDoc& doc, UserPrompt& ui, QWidget* parent)
 {
     CCombineBlasts dialog(*doc.database(), doc.settings().combination, ui, parent);
+    dialog.setProjectName(doc.displayName());
     if (!dialog.ready())
         return;
     if (dialog.exec() == QDialog::Accepted) {
@@ -418,6 +421,7 @@ void CCombineBlasts::combine()
 {
     if (!readControls())
         return;
+    const QDateTime ran = QDateTime::currentDateTime();
     // The progress dialog is made at the first step of the search, not before: the checks before it
     // may refuse, and their message must be the only window the user sees.
     const std::optional<CombinationOutcome> outcome =
@@ -435,6 +439,7 @@ void CCombineBlasts::combine()
     if (!outcome)
         return;
     CCombineResults results(*outcome, mCombiner.period(), mUi, this);
+    results.setPageHeader({mProjectName, mDatabaseName, ran});
     results.exec();
     if (results.chosenIndex() >= 0)
         mCombiner.applyResults(outcome->successes[static_cast<std::size_t>(results.chosenIndex())],

@@ -35,6 +35,8 @@ public:
     static void run(CKilnovaDoc& doc, UserPrompt& ui, QWidget* parent);
 
     bool ready() const { return mReady; }
+    /// The project named on printed results ("demo.knv").
+    void setProjectName(const QString& name) { mProjectName = name; }
     BlastCombiner& combiner() { return mCombiner; }
     /// The settings as OK left them.
     const CCombinationParameters& parameters() const { return mCombiner.parameters(); }
@@ -68,6 +70,8 @@ private:
     BlastCombiner mCombiner;
     UserPrompt& mUi;
     bool mReady = false;
+    QString mProjectName;
+    QString mDatabaseName;
 
     QListWidget* mSources = nullptr;
     QCheckBox* mFilter = nullptr;

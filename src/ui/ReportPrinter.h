@@ -1,22 +1,30 @@
 #pragma once
 
+#include "ui/PageHeader.h"
+
 #include <QFont>
 #include <QString>
 #include <QStringList>
 
 class QPagedPaintDevice;
 class QPaintDevice;
+class QPainter;
 
 namespace kilnova {
 
 /// Prints a plain-text report on paged devices (a printer or a PDF file) in a fixed-pitch font,
-/// with "Page n of m" in the footer of every page.
+/// with "Page n of m" in the footer of every page and, when given, a header line above the report
+/// naming its project, database and time of the run.
 class ReportPrinter final {
 public:
-    explicit ReportPrinter(const QString& reportText);
+    explicit ReportPrinter(const QString& reportText, const PageHeader& header = {});
 
     /// Paints every page; returns the number of pages.
     int print(QPagedPaintDevice& device) const;
+    /// The pages the report takes on the painter's device, and the painting of one of them (from 0)
+    /// on the painter's viewport; print() is made of these.
+    int pageCount(QPainter& painter) const;
+    void paintPage(QPainter& painter, int page, int pages) const;
     /// Writes the report as a PDF file; false if the file cannot be written.
     bool writePdf(const QString& path) const;
 
@@ -28,7 +36,11 @@ public:
     static constexpr double kSmallestPointSize = 6.0;
 
 private:
+    /// Report lines on one page, below the header and above the footer.
+    int linesPerPage(QPainter& painter) const;
+
     QStringList mLines;
+    PageHeader mHeader;
 };
 
 } // namespace kilnova

@@ -60,7 +60,7 @@ void ReportWindow::print()
     dialog.setWindowTitle(QStringLiteral("Print"));
     if (dialog.exec() != QDialog::Accepted)
         return;
-    if (ReportPrinter(mReport).print(printer) == 0)
+    if (ReportPrinter(mReport, mHeader).print(printer) == 0)
         mUi.showMessage(QStringLiteral("The report could not be printed."), UserPrompt::Icon::Error, {});
 }
 
@@ -84,7 +84,7 @@ bool ReportWindow::saveAsText()
 
 bool ReportWindow::writePdf(const QString& path)
 {
-    if (ReportPrinter(mReport).writePdf(path))
+    if (ReportPrinter(mReport, mHeader).writePdf(path))
         return true;
     mUi.showMessage(
         QStringLiteral("The report could not be written to %1.").arg(QDir::toNativeSeparators(path)),

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/PageHeader.h"
+
 #include <QDialog>
 
 class QHBoxLayout;
@@ -20,6 +22,9 @@ public:
     const QString& reportText() const { return mReport; }
     /// Where callers put their own buttons, left of the standard ones.
     QHBoxLayout* actionArea() const { return mActions; }
+    /// The header of printed and PDF pages; the text saved stays the bare report.
+    void setPageHeader(const PageHeader& header) { mHeader = header; }
+    const PageHeader& pageHeader() const { return mHeader; }
 
     void print();
     /// Asks for a file name; false when cancelled or not written (the user is told why).
@@ -36,6 +41,7 @@ private:
     UserPrompt& mUi;
     QPlainTextEdit* mView;
     QHBoxLayout* mActions;
+    PageHeader mHeader;
 };
 
 } // namespace kilnova

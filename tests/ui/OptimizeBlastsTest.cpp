@@ -224,6 +224,9 @@ private slots:
 
         BlastResultsWindow window(result, doc, ui);
         QCOMPARE(window.windowTitle(), QStringLiteral("Blast Optimization Results"));
+        QCOMPARE(window.pageHeader().project, QStringLiteral("Untitled"));
+        QCOMPARE(window.pageHeader().database, QStringLiteral("plant.kndb"));
+        QVERIFY(window.pageHeader().run.isValid());
         QStringList captions;
         for (const QPushButton* b : window.findChildren<QPushButton*>())
             captions << b->text();
