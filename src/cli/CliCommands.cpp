@@ -1,5 +1,6 @@
 #include "cli/CliCommands.h"
 
+#include "cli/CliProject.h"
 #include "cli/CliPrompt.h"
 #include "cli/CombineCommand.h"
 #include "cli/DemoCommand.h"
@@ -26,21 +27,24 @@ namespace {
 const char* const kUsage = R"(Usage: kilnova-cli COMMAND ...
 
 Commands:
+  (import, optimize and combine take --db DB: use database DB instead of the one the project names)
   create DB [--force]                 create a project database (--force replaces an existing file)
   status DB                           show the record counts of a project database
   project new PROJECT.knv --db DB [--force]
                                       write a project with default settings that uses database DB
   project show PROJECT.knv            print every setting stored in a project as JSON
-  combine PROJECT.knv (--select NAME... | --all)
-                                      report the pairs of blasts that meet the project's combination targets
   map PROJECT.knv [--element NAME] [--select NAME...] --out FILE.png|FILE.pdf|FILE.svg
                                       draw the quarry map of the project's blasts, coloured by an
                                       element (CaO unless told), with the blast filter of its settings
   demo DIR [--force] [--data FOLDER]  build the demo project DIR/demo.knv and its database DIR/demo.kndb
                                       from the files of FOLDER (else from the copy built into the program)
   import blasts|stockpiles PROJECT.knv FILE [--sheet NAME | --range NAME | --cells RANGE]
+                                      [--strict] [--force]
                                       import a text file with the project's layout, or a workbook
-                                      (.xls, .xlsx, .csv) by its headings, from its first sheet unless told
+                                      (.xls, .xlsx, .csv) by its headings, from its first sheet unless told;
+                                      number fields that are not numbers are listed on standard error
+                                      (--strict refuses the file), a file that does not fit the layout is
+                                      refused (--force imports it all the same)
 )";
 
 const char* const kOptions = R"(
@@ -66,7 +70,7 @@ int CliCommands::usage(const QString& problem)
 {
     if (!problem.isEmpty())
         mErr << "kilnova-cli: " << problem << '\n';
-    mErr << kUsage << OptimizeCommand::usage() << kOptions;
+    mErr << kUsage << OptimizeCommand::usage() << CombineCommand::usage() << kOptions;
     mErr.flush();
     return 2;
 }
@@ -76,7 +80,18 @@ int CliCommands::run(const QStringList& arguments)
     if (arguments.isEmpty())
         return usage();
     const QString command = arguments.first();
-    const QStringList rest = arguments.mid(1);
+    QStringList rest = arguments.mid(1);
+    // The commands that open a project take --db, the database to use in place of the one it names.
+    CliProject::setDatabaseOption(std::nullopt);
+    if (command == "import" || command == "optimize" || command == "combine") {
+        const qsizetype at = rest.indexOf(QStringLiteral("--db"));
+        if (at >= 0) {
+            if (at + 1 >= rest.size())
+                return usage(QStringLiteral("--db needs the path of a project database"));
+            CliProject::setDatabaseOption(rest[at + 1]);
+            rest.remove(at, 2);
+        }
+    }
     if (command == "create")
         return create(rest);
     if (command == "status")
@@ -109,7 +124,7 @@ int CliCommands::run(const QStringList& arguments)
         return 0;
     }
     if (command == "--help" || command == "-h" || command == "help") {
-        mOut << kUsage << OptimizeCommand::usage() << kOptions;
+        mOut << kUsage << OptimizeCommand::usage() << CombineCommand::usage() << kOptions;
         return 0;
     }
     return usage(QStringLiteral("unknown command \"%1\"").arg(arguments.join(' ')));

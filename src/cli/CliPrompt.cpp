@@ -1,5 +1,7 @@
 #include "cli/CliPrompt.h"
 
+#include "cli/CliWording.h"
+
 namespace kilnova {
 
 CliPrompt::CliPrompt(QTextStream& out, QTextStream& err)
@@ -14,8 +16,9 @@ bool CliPrompt::askYesNo(const QString& question)
     return mYes;
 }
 
-void CliPrompt::showMessage(const QString& text, Icon icon, const QString& details)
+void CliPrompt::showMessage(const QString& core, Icon icon, const QString& details)
 {
+    const QString text = CliWording::reword(core);
     if (icon == Icon::Error) {
         mSawError = true;
         mErr << text << '\n';

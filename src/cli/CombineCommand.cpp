@@ -1,32 +1,32 @@
 #include "cli/CombineCommand.h"
 
+#include "cli/CliProject.h"
+#include "cli/CliWording.h"
+#include "cli/CombineOptions.h"
 #include "combine/BlastCombiner.h"
 #include "common/MessageTable.h"
 #include "common/UserPrompt.h"
-#include "project/CKilnovaDoc.h"
+#include "project/ProjectFileError.h"
 
 #include <QDir>
-#include <QFileInfo>
 
 namespace kilnova {
 
 namespace {
 
-/// Keeps what the core says so that only a failure reaches the terminal: opening a project also
-/// tells the database status, which has no place in a printed report.
+/// Keeps what the core says, to write it to the error stream in the words of the command line.
 class CollectingPrompt final : public UserPrompt {
 public:
     struct Shown {
         QString text;
-        Icon icon;
         QString details;
     };
     std::vector<Shown> shown;
 
     bool askYesNo(const QString&) override { return false; }
-    void showMessage(const QString& text, Icon icon, const QString& details) override
+    void showMessage(const QString& text, Icon, const QString& details) override
     {
-        shown.push_back({text, icon, details});
+        shown.push_back({text, details});
     }
     std::optional<QString> chooseFile(const FileRequest&) override { return std::nullopt; }
     std::optional<QString> askText(const QString&, const QString&) override { return std::nullopt; }
@@ -40,55 +40,71 @@ CombineCommand::CombineCommand(QTextStream& out, QTextStream& err)
 {
 }
 
+const char* CombineCommand::usage()
+{
+    return CombineOptions::usage();
+}
+
 int CombineCommand::run(const QStringList& args)
 {
-    const bool all = args.size() == 2 && args[1] == QLatin1String("--all");
-    const bool select = args.size() >= 3 && args[1] == QLatin1String("--select");
-    if (!all && !select) {
-        mProblem = QStringLiteral("combine needs PROJECT.knv and --select NAME... or --all");
+    CombineOptions options;
+    if (const std::optional<QString> problem = options.parse(args)) {
+        mProblem = *problem;
         return kWrongUsage;
     }
-    const QStringList names = select ? args.mid(2) : QStringList();
+    std::optional<CliProject> project = CliProject::open(options.project, mErr);
+    if (!project)
+        return 1;
+    CCombinationParameters& parameters = project->settings.combination;
+    options.applyTo(parameters);
 
-    // Failures are told in the order they happened, with their details.
+    // Only the combination settings change in the file; the rest is written back as it was read.
+    const auto save = [this, &project, &parameters] {
+        try {
+            ProjectFile::Loaded stored = ProjectFile::load(project->path);
+            stored.settings.combination = parameters;
+            ProjectFile::save(stored.settings, project->path);
+        } catch (const ProjectFileError& e) {
+            mErr << message(Msg::CannotSaveProject, {QDir::toNativeSeparators(project->path)}) << '\n'
+                 << e.what() << '\n';
+            return false;
+        }
+        return true;
+    };
+    if (!options.all && options.selected.isEmpty())
+        return save() ? 0 : 1;
+
     CollectingPrompt ui;
-    const auto fail = [this, &ui](std::size_t from) {
-        for (std::size_t i = from; i < ui.shown.size(); ++i) {
-            if (ui.shown[i].icon == UserPrompt::Icon::Information && from == 0)
-                continue; // the database status of a project that opened
-            mErr << ui.shown[i].text << '\n';
-            if (!ui.shown[i].details.isEmpty())
-                mErr << ui.shown[i].details << '\n';
+    const auto fail = [this, &ui] {
+        for (const CollectingPrompt::Shown& s : ui.shown) {
+            mErr << CliWording::reword(s.text) << '\n';
+            if (!s.details.isEmpty())
+                mErr << s.details << '\n';
         }
         mErr.flush();
         return 1;
     };
-
-    CKilnovaDoc doc;
-    const QString project = QDir::cleanPath(QFileInfo(args[0]).absoluteFilePath());
-    if (!doc.openDocument(project, ui) || !doc.isConnected()) {
-        if (ui.shown.empty())
-            ui.showMessage(message(Msg::NotConnected), UserPrompt::Icon::Error, {});
-        return fail(0);
-    }
-    const std::size_t opened = ui.shown.size();
-    BlastCombiner combiner(*doc.database(), doc.settings().combination, ui);
+    BlastCombiner combiner(*project->db, parameters, ui);
     if (!combiner.open())
-        return fail(opened);
-    if (all)
+        return fail();
+    if (options.period)
+        combiner.setPeriod(*options.period);
+    if (options.all)
         combiner.selectAll();
-    for (const QString& name : names) {
+    for (const QString& name : options.selected) {
         combiner.setSelected(name, true);
         if (!combiner.isSelected(name)) {
             combiner.close();
             ui.showMessage(message(Msg::BlastNotInSourceList, {name}), UserPrompt::Icon::Error, {});
-            return fail(opened);
+            return fail();
         }
     }
     const std::optional<CombinationOutcome> outcome = combiner.combine();
     combiner.close();
     if (!outcome)
-        return fail(opened);
+        return fail();
+    if (options.save && !save())
+        return 1;
     QString report = outcome->report;
     report.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
     mOut << report << '\n';

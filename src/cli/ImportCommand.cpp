@@ -36,8 +36,11 @@ int ImportCommand::wrongUsage(const QString& problem)
     return kWrongUsage;
 }
 
-int ImportCommand::run(const QStringList& args)
+int ImportCommand::run(const QStringList& arguments)
 {
+    QStringList args = arguments;
+    const bool strict = args.removeAll(QStringLiteral("--strict")) > 0;
+    mForce = args.removeAll(QStringLiteral("--force")) > 0;
     if (args.size() != 3 && args.size() != 5)
         return wrongUsage(QStringLiteral("import needs blasts or stockpiles, PROJECT.knv and FILE"));
     if (args[0] != QLatin1String("blasts") && args[0] != QLatin1String("stockpiles"))
@@ -73,7 +76,13 @@ int ImportCommand::run(const QStringList& args)
     prompt.setFile(mFile);
     ImportWorkflow workflow(*project->db, project->settings.blastImportSpec,
                             project->settings.stockpileImportSpec, prompt, *this);
+    workflow.setStrict(strict);
+    workflow.setWarningsApart(true);
     const ImportOutcome outcome = workbook ? workflow.importWorkbook(target) : workflow.importText(target);
+    // What was stored in place of a value that was not a number goes with the errors, not the count.
+    if (!outcome.warnings.isEmpty())
+        mErr << outcome.warnings << '\n';
+    mErr.flush();
     if (outcome.status != ImportOutcome::Status::Imported)
         return 1;
     // The window imports stockpiles from text without a word; a script wants the count all the same.
@@ -87,6 +96,14 @@ int ImportCommand::run(const QStringList& args)
 bool ImportCommand::editSpecification(ImportSpecEditor&)
 {
     return true;
+}
+
+bool ImportCommand::importDespite(const QString& problem, UserPrompt&)
+{
+    if (mForce)
+        return true;
+    mErr << problem << '\n' << "Nothing was imported; add --force to import the file all the same.\n";
+    return false;
 }
 
 bool ImportCommand::chooseWorkbookSource(WorkbookSourceForm& form, UserPrompt&)

@@ -1,6 +1,7 @@
 #include "cli/OptimizeCommand.h"
 
 #include "cli/CliProject.h"
+#include "cli/CliWording.h"
 #include "common/MessageTable.h"
 #include "database/DatabaseError.h"
 #include "database/Schema.h"
@@ -9,6 +10,7 @@
 #include "optimise/BlendSummary.h"
 #include "render/BlendChartRenderer.h"
 #include "render/PictureFile.h"
+#include "optimise/StoreRefused.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -61,9 +63,11 @@ OptimizeCommand::OptimizeCommand(QTextStream& out, QTextStream& err)
 
 const char* OptimizeCommand::usage()
 {
-    return "  optimize blasts PROJECT.knv [--select NAME...] [--json] [--store NAME [--subtract]]\n"
-           "                                      [--chart FILE.png|FILE.pdf|FILE.svg]\n"
-           "                                      optimise blasts with the project's stored settings\n";
+    return "  optimize blasts PROJECT.knv [--select NAME...] [--json] [--store NAME [--subtract]\n"
+           "                                      [--allow-duplicate]] [--chart FILE.png|FILE.pdf|FILE.svg]\n"
+           "                                      optimise blasts with the project's stored settings; a\n"
+           "                                      stockpile name already taken is refused unless "
+           "--allow-duplicate\n";
 }
 
 int OptimizeCommand::run(const QStringList& args)
@@ -72,7 +76,7 @@ int OptimizeCommand::run(const QStringList& args)
         mErr << "kilnova-cli: optimize needs: blasts PROJECT.knv\n" << usage();
         return 2;
     }
-    bool json = false, subtract = false;
+    bool json = false, subtract = false, allowDuplicate = false;
     std::optional<QString> storeName;
     std::optional<QString> chartFile;
     std::optional<QStringList> selection;
@@ -89,6 +93,8 @@ int OptimizeCommand::run(const QStringList& args)
                      << "\"\n";
                 return 2;
             }
+        } else if (a == "--allow-duplicate") {
+            allowDuplicate = true;
         } else if (a == "--store" && i + 1 < args.size()) {
             storeName = args[++i];
         } else if (a == "--select") {
@@ -120,7 +126,7 @@ int OptimizeCommand::run(const QStringList& args)
         if (json)
             mOut << QJsonDocument(resultJson(result)).toJson(QJsonDocument::Indented);
         if (!result.outcome.solved) {
-            mErr << result.outcome.message << '\n';
+            mErr << CliWording::reword(result.outcome.message) << '\n';
             return 1;
         }
         if (!json)
@@ -135,13 +141,16 @@ int OptimizeCommand::run(const QStringList& args)
         if (storeName) {
             SourceUpdate::Blend blend = BlastOptimization::blendOf(result);
             blend.name = *storeName;
-            SourceUpdate::store(*project->db, blend, BlastOptimization::takesOf(result), subtract);
+            const StoreSummary stored = SourceUpdate::store(
+                *project->db, blend, BlastOptimization::takesOf(result), subtract,
+                allowDuplicate ? DuplicateNamePolicy::Choice::KeepBoth : DuplicateNamePolicy::Choice::Refuse);
             if (!json)
-                mOut << QStringLiteral("Stored the blend as stockpile \"%1\"%2.\n")
-                            .arg(*storeName,
-                                 subtract ? QStringLiteral(" and subtracted it from the blasts") : QString());
+                mOut << stored.describe() << '\n';
         }
         return 0;
+    } catch (const StoreRefused& e) {
+        mErr << e.message() << "\nAdd --allow-duplicate to store a second record of that name.\n";
+        return 1;
     } catch (const DatabaseError& e) {
         mErr << message(Msg::DatabaseOperationFailed) << '\n' << e.message() << '\n';
         return 1;

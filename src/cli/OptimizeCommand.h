@@ -5,7 +5,8 @@
 
 namespace kilnova {
 
-/// kilnova-cli optimize blasts PROJECT.knv [--select NAME…] [--json] [--store NAME [--subtract]]:
+/// kilnova-cli optimize blasts PROJECT.knv [--select NAME…] [--json] [--store NAME [--subtract]
+/// [--allow-duplicate]]:
 /// the blast optimisation with the settings stored in the project, its report on standard output.
 class OptimizeCommand final {
 public:

@@ -289,7 +289,10 @@ bool BlastCombiner::updateBlastTable()
     if (!mUi.askYesNo(message(Msg::ConfirmUpdateBlastTable)) || !databaseFileIsThere())
         return false;
     try {
-        mTables.writeBack();
+        const WorkingBlastTables::WriteBack counts = mTables.writeBack();
+        mUi.showMessage(
+            message(Msg::BlastTableUpdated, {QString::number(counts.changed), QString::number(counts.deleted),
+                                             QString::number(counts.added)}));
         return true;
     } catch (const DatabaseError& e) {
         reportFailure(e.message());

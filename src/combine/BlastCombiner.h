@@ -37,6 +37,8 @@ public:
     CCombinationParameters& parameters() { return mParameters; }
     const CCombinationParameters& parameters() const { return mParameters; }
     int period() const { return mPeriod; }
+    /// The period the next report prints, for a run that continues a plan made earlier.
+    void setPeriod(int period) { mPeriod = period; }
 
     // The source list.
     const std::vector<WorkingBlastTables::Source>& sources() const { return mSources; }
@@ -69,8 +71,8 @@ public:
     /// ("Update Blasts") the pair is taken out of the working blasts and the period adopted.
     bool applyResults(const CSuccessfulComb& chosen, int windowPeriod);
 
-    /// "Update Blast Table": after the user confirms, Blast and stdBlast become the working copies.
-    /// True when they were written.
+    /// "Update Blast Table": after the user confirms, Blast and stdBlast become the working copies,
+    /// and the user is told how many blasts changed. True when they were written.
     bool updateBlastTable();
 
 private:

@@ -95,14 +95,32 @@ void WorkingBlastTables::clearBlasts()
     transaction.commit();
 }
 
-void WorkingBlastTables::writeBack()
+WorkingBlastTables::WriteBack WorkingBlastTables::writeBack()
 {
     Transaction transaction(mDb);
+    WriteBack counts;
+    const auto count = [this](const QString& sql) {
+        QSqlQuery query = mDb.exec(sql);
+        return query.next() ? query.value(0).toLongLong() : 0;
+    };
+    const QString blast = tableName(Table::Blast), working = tableName(Table::TempBlast);
+    QStringList differs;
+    for (const QString& column : Schema::table(Table::Blast).columnNames())
+        differs << QStringLiteral("b.%1 IS NOT w.%1").arg(Schema::quoted(column));
+    counts.changed =
+        count(QStringLiteral("SELECT COUNT(*) FROM %1 b JOIN %2 w ON b.[Name] = w.[Name] WHERE %3")
+                  .arg(blast, working, differs.join(QStringLiteral(" OR "))));
+    counts.deleted =
+        count(QStringLiteral("SELECT COUNT(*) FROM %1 WHERE [Name] NOT IN (SELECT [Name] FROM %2)")
+                  .arg(blast, working));
+    counts.added = count(QStringLiteral("SELECT COUNT(*) FROM %1 WHERE [Name] NOT IN (SELECT [Name] FROM %2)")
+                             .arg(working, blast));
     deleteRows(mDb, Table::Blast);
     copyRows(mDb, Table::TempBlast, Table::Blast);
     deleteRows(mDb, Table::StdBlast);
     copyRows(mDb, Table::TempStdBlast, Table::StdBlast);
     transaction.commit();
+    return counts;
 }
 
 std::vector<WorkingBlastTables::Source> WorkingBlastTables::sources(const CoordinateFilter* filter) const

@@ -42,8 +42,15 @@ public:
     void refresh();
     /// Deletes every working blast; the working deviations are left as they are.
     void clearBlasts();
+    /// How writing the working copies back changes Blast, counted by blast name.
+    struct WriteBack {
+        long changed = 0; ///< in both, with some column that differs
+        long deleted = 0; ///< in Blast only: taken out completely
+        long added = 0;   ///< in the working copy only
+    };
     /// Replaces Blast and stdBlast with the working copies; blasts taken out completely are gone.
-    void writeBack();
+    /// Returns what changed in Blast.
+    WriteBack writeBack();
 
     /// The working blasts with tonnes left (Quantity > 0), in table order, within the filter if any.
     std::vector<Source> sources(const CoordinateFilter* filter) const;

@@ -112,6 +112,65 @@ const QHash<int, QString>& table()
         {30307, QStringLiteral("The %1 table cannot be read: %2")},
         {30308, QStringLiteral("The four Actual stockpiles keep their Name and Source, and no other "
                                "stockpile may take them.")},
+
+        {31700,
+         QStringLiteral("Number fields that held no number or stopped early: %1. They were stored as 0 "
+                        "or as their leading number:")},
+        {31701, QStringLiteral("  line %1, %2: blank, stored as %3")},
+        {31702, QStringLiteral("  line %1, %2: \"%3\", stored as %4")},
+        {31703, QStringLiteral("  and %1 more")},
+        {31704,
+         QStringLiteral("A field the file does not hold keeps its missing value (-1) when its length in "
+                        "the layout is 0.")},
+        {31705,
+         QStringLiteral("The lines of this file do not fit the %1 layout: on %2 of %3 lines the %4 field "
+                        "holds a number (\"%5\" on line %6) where a name belongs.")},
+        {31706,
+         QStringLiteral("The lines of this file do not fit the %1 layout: on %2 of %3 lines most number "
+                        "fields hold no number (%4 holds \"%5\" on line %6).")},
+        {31707, QStringLiteral("%1\n\nImport the file anyway?")},
+        {31708, QStringLiteral("Nothing was imported from %1: not every number field holds a plain number.")},
+        {31710, QStringLiteral("The %1 table already holds %2 named \"%3\". Replace, keep both, or choose "
+                               "another name?")},
+        {31711, QStringLiteral("Replace")},
+        {31712, QStringLiteral("Keep both")},
+        {31713, QStringLiteral("Choose another name")},
+        {31714, QStringLiteral("The %1 table already holds %2 named \"%3\"; nothing was stored.")},
+        {31715,
+         QStringLiteral("An Actual stockpile cannot be replaced by a blend; keep both or choose another "
+                        "name.")},
+        {31716, QStringLiteral("a record")},
+        {31717, QStringLiteral("%1 records")},
+        {31720, QStringLiteral("Stored \"%1\" (%2 t) in the %3 table.")},
+        {31721,
+         QStringLiteral("Stored \"%1\" (%2 t) in the %3 table in place of the %4 record(s) of that name.")},
+        {31722, QStringLiteral("Subtracted %1 t from %2 source record(s), %3 of them deleted.")},
+        {31723, QStringLiteral("The sources were left as they were.")},
+        {31724, QStringLiteral("%1 in %2")},
+        {31725, QStringLiteral("Backup rows made: %1.")},
+        {31726, QStringLiteral("No backup rows were made.")},
+        {31730,
+         QStringLiteral("This project names the database %1, outside the project's folder, while a "
+                        "database of the same name lies beside the project: %2.\n\nWhich one should the "
+                        "project use?")},
+        {31731,
+         QStringLiteral("This project names the database %1, which is not there, while a database of the "
+                        "same name lies beside the project: %2.\n\nShould the project use that one?")},
+        {31732, QStringLiteral("The one beside the project")},
+        {31733, QStringLiteral("The one the project names")},
+        {31734, QStringLiteral("Leave the project unconnected")},
+        {31735, QStringLiteral("The project's database %1 lies in its old folder. Copy it to %2, so that the "
+                               "project saved in the new folder keeps its data with it?")},
+        {31736, QStringLiteral("The database could not be copied to %1, so the project was not saved.")},
+        {31741, QStringLiteral("%1 row(s) were deleted from the %2 table.")},
+        {31742, QStringLiteral("Restore the %1 selected row(s) of the %2 table? Each one overwrites the %3 "
+                               "record of the same name, or brings it back if it was deleted.")},
+        {31743, QStringLiteral("%1 of the %2 selected row(s) were restored into the %3 table.")},
+        {31744, QStringLiteral("%1 row(s) were not restored: several backups share the name and none has the "
+                               "Quantity shown.")},
+        {31745,
+         QStringLiteral("The Blast table now holds the working copies: %1 blast(s) changed, %2 deleted, "
+                        "%3 added. The records they replaced were not backed up.")},
     };
     return texts;
 }

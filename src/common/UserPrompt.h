@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -40,6 +41,15 @@ public:
     virtual std::optional<QString> chooseFile(const FileRequest& request) = 0;
     /// One line of text (a record name), or nothing when the user cancels.
     virtual std::optional<QString> askText(const QString& prompt, const QString& initial) = 0;
+    /// A question with more answers than Yes and No ("Replace", "Keep both", "Choose another name").
+    /// Returns the index of the answer chosen; closing the question chooses `fallback`, the answer
+    /// that changes nothing. One that cannot ask answers `fallback` at once.
+    virtual int askChoice(const QString& question, const QStringList& answers, int fallback)
+    {
+        Q_UNUSED(question);
+        Q_UNUSED(answers);
+        return fallback;
+    }
 };
 
 } // namespace kilnova

@@ -85,6 +85,11 @@ std::vector<Record> RecordTable::findAll(const RecordKey& key) const
     return select(keyCondition(), keyValues(key), {});
 }
 
+std::vector<Record> RecordTable::findNamed(const QString& name) const
+{
+    return select(QStringLiteral("[Name] = ?"), {name}, {});
+}
+
 std::vector<Record> RecordTable::findNames(const QStringList& names) const
 {
     // SQLite allows 32,766 bound values per statement; a selection is far below that.

@@ -30,6 +30,8 @@ public:
     std::optional<Record> find(const RecordKey& key) const;
     /// Every record with this key (a stockpile key may occur several times).
     std::vector<Record> findAll(const RecordKey& key) const;
+    /// Every record with this Name, whatever its Source, names compared as the database compares them.
+    std::vector<Record> findNamed(const QString& name) const;
 
     /// The records with these names, in one query, in the order of the names; a name that is not
     /// there is left out (the first record of a name that occurs twice is taken).

@@ -65,6 +65,11 @@ std::size_t decimalPrefix(const char* text)
     return i;
 }
 
+bool blank(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
 } // namespace
 
 QByteArrayView FieldExtractor::cut(const char* line, int position, int length, bool* error)
@@ -98,6 +103,23 @@ int FieldExtractor::integer(const char* line, int position, int length, bool* er
 {
     const Terminated value(cut(line, position, length, error));
     return static_cast<int>(strtol_l(value.text, nullptr, 10, cLocale()));
+}
+
+FieldExtractor::NumberFit FieldExtractor::numberFit(const char* line, int position, int length)
+{
+    const Terminated value(cut(line, position, length));
+    const char* text = value.text;
+    std::size_t start = 0;
+    while (blank(text[start]))
+        ++start;
+    if (text[start] == '\0')
+        return NumberFit::Blank;
+    std::size_t end = decimalPrefix(text);
+    if (end == 0)
+        return NumberFit::None;
+    while (blank(text[end]))
+        ++end;
+    return text[end] == '\0' ? NumberFit::Whole : NumberFit::Leading;
 }
 
 } // namespace kilnova

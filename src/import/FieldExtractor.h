@@ -20,6 +20,12 @@ public:
     static double number(const char* line, int position, int length, bool* error = nullptr);
     /// C's atoi, whatever the locale.
     static int integer(const char* line, int position, int length, bool* error = nullptr);
+
+    /// How the characters of a field read as a number: wholly (blanks around it allowed), as a number
+    /// with other characters after it (number() gives that leading number), not at all (number()
+    /// gives 0), or blank.
+    enum class NumberFit { Whole, Leading, None, Blank };
+    static NumberFit numberFit(const char* line, int position, int length);
 };
 
 } // namespace kilnova

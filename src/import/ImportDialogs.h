@@ -1,9 +1,11 @@
 #pragma once
 
+#include "common/MessageTable.h"
+#include "common/UserPrompt.h"
+
 namespace kilnova {
 
 class ImportSpecEditor;
-class UserPrompt;
 class WorkbookSourceForm;
 
 /// The two dialogs of the import commands, answered by the GUI with its dialogs, by the command-line
@@ -16,6 +18,12 @@ public:
     virtual bool editSpecification(ImportSpecEditor& editor) = 0;
     /// Asks for the workbook and the data in it (Browse asks through ui); true for OK.
     virtual bool chooseWorkbookSource(WorkbookSourceForm& form, UserPrompt& ui) = 0;
+    /// The lines of a text file do not fit its layout (problem says how); true to import it all the
+    /// same. The user is asked unless a front end decides otherwise.
+    virtual bool importDespite(const QString& problem, UserPrompt& ui)
+    {
+        return ui.askYesNo(message(Msg::ImportAnyway, {problem}));
+    }
 };
 
 } // namespace kilnova

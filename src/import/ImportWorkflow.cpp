@@ -10,6 +10,7 @@
 #include "import/ImportResult.h"
 #include "import/ImportSpecEditor.h"
 #include "import/ImportSpecification.h"
+#include "import/TextImportCheck.h"
 #include "import/TextImporter.h"
 #include "import/WorkbookError.h"
 #include "import/WorkbookImporter.h"
@@ -65,18 +66,47 @@ void ImportWorkflow::report(const ImportResult& result, const QString& path, boo
                             ImportOutcome& outcome)
 {
     outcome.count = result.count;
+    const QString warnings = mWarningsApart ? QString() : outcome.warnings;
+    const auto withWarnings = [&warnings](const QString& text) {
+        return warnings.isEmpty() ? text : text + QStringLiteral("\n\n") + warnings;
+    };
     if (result.stopped()) {
         const QString text =
             result.count == 0 || result.nothingKept
                 ? message(Msg::ImportStoppedNothingKept, {shown(path), result.stoppedAt, result.reason})
-                : message(Msg::ImportStopped,
-                          {shown(path), result.stoppedAt, result.reason, QString::number(result.count)});
+                : withWarnings(message(Msg::ImportStopped, {shown(path), result.stoppedAt, result.reason,
+                                                            QString::number(result.count)}));
         fail(text, {}, outcome);
         return;
     }
     outcome.status = ImportOutcome::Status::Imported;
+    const UserPrompt::Icon icon =
+        warnings.isEmpty() ? UserPrompt::Icon::Information : UserPrompt::Icon::Warning;
     if (countMessage)
-        mUi.showMessage(message(Msg::ImportedRecords, {QString::number(result.count), shown(path)}));
+        mUi.showMessage(
+            withWarnings(message(Msg::ImportedRecords, {QString::number(result.count), shown(path)})), icon);
+    else if (!warnings.isEmpty())
+        mUi.showMessage(warnings, icon);
+}
+
+bool ImportWorkflow::checkText(const TextImporter& importer, ImportTarget target, QFile& file,
+                               const QString& path, ImportOutcome& outcome)
+{
+    const TextImportCheck check(importer, target);
+    const TextImportCheck::Inspection seen = check.inspect(file);
+    if (seen.layoutProblem && !mDialogs.importDespite(*seen.layoutProblem, mUi))
+        return false;
+    outcome.warnings = seen.warnings.describe();
+    if (mStrict && !seen.warnings.empty()) {
+        const QString refusal = message(Msg::ImportNotAllNumbers, {shown(path)});
+        fail(mWarningsApart ? refusal : refusal + QStringLiteral("\n") + outcome.warnings, {}, outcome);
+        return false;
+    }
+    if (!file.seek(0)) {
+        fail(message(Msg::CannotOpenImportFile, {shown(path), file.errorString()}), {}, outcome);
+        return false;
+    }
+    return true;
 }
 
 ImportOutcome ImportWorkflow::importText(ImportTarget target)
@@ -111,14 +141,21 @@ ImportOutcome ImportWorkflow::importText(ImportTarget target)
         fail(message(Msg::NotATextFile, {shown(*path)}), {}, outcome);
         return outcome;
     }
+    const TextImporter importer(target, mBlastSpec, mStockpileSpec);
+    if (!checkText(importer, target, file, *path, outcome))
+        return outcome;
     if (!databaseFileIsThere(outcome))
         return outcome;
     ImportResult result;
     try {
-        result = TextImporter(target, mBlastSpec, mStockpileSpec).import(mDb, file);
+        result = importer.import(mDb, file);
     } catch (const DatabaseError& e) {
         fail(message(Msg::DatabaseOperationFailed), e.message(), outcome);
         return outcome;
+    }
+    if (result.stopped() && file.seek(0)) {
+        // Only the lines that were kept count.
+        outcome.warnings = TextImportCheck(importer, target).inspect(file, result.count).warnings.describe();
     }
     if (!blasts && !result.stopped() && result.count == 0) {
         // The stockpile import ends without a word, except when there was nothing to import at all.

@@ -4,9 +4,12 @@
 
 #include <QString>
 
+class QFile;
+
 namespace kilnova {
 
 class ImportDialogs;
+class TextImporter;
 class ImportSpecification;
 class ProjectDatabase;
 class UserPrompt;
@@ -21,6 +24,9 @@ struct ImportOutcome {
     /// The user confirmed a layout, which now replaces the document's: the document must be marked
     /// modified.
     bool documentModified = false;
+    /// The number fields of a text import that were not plain numbers, as ImportWarnings tells them;
+    /// empty when every one was.
+    QString warnings;
 };
 
 /// The four import commands: blasts or stockpiles, from a fixed-column text file or from a workbook.
@@ -34,6 +40,11 @@ public:
                    UserPrompt& ui, ImportDialogs& dialogs);
 
     ImportOutcome importText(ImportTarget target);
+    /// Refuse a text file with any number field that is not a plain number, before writing anything.
+    void setStrict(bool strict) { mStrict = strict; }
+    /// Leave the warnings of a text import out of its closing message (the outcome still has them),
+    /// for a front end that shows them apart.
+    void setWarningsApart(bool apart) { mWarningsApart = apart; }
     ImportOutcome importWorkbook(ImportTarget target);
 
     /// Name of the temporary table through which workbooks used to be linked into a project
@@ -45,6 +56,10 @@ private:
     bool databaseFileIsThere(ImportOutcome& outcome);
     /// Shows how an import ended and sets the outcome's status and count.
     void report(const ImportResult& result, const QString& path, bool countMessage, ImportOutcome& outcome);
+    /// Reads the file before writing: asks when its lines do not fit the layout, refuses it when
+    /// strict and a field is not a plain number. False when nothing is to be written.
+    bool checkText(const TextImporter& importer, ImportTarget target, QFile& file, const QString& path,
+                   ImportOutcome& outcome);
     void fail(const QString& text, const QString& details, ImportOutcome& outcome);
 
     ProjectDatabase& mDb;
@@ -52,6 +67,8 @@ private:
     ImportSpecification& mStockpileSpec;
     UserPrompt& mUi;
     ImportDialogs& mDialogs;
+    bool mStrict = false;
+    bool mWarningsApart = false;
 };
 
 } // namespace kilnova

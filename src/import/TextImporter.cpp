@@ -28,8 +28,8 @@ TextImporter::TextImporter(ImportTarget target, const ImportSpecification& blast
     const ImportSpecification& spec = target == ImportTarget::Blast ? blastSpec : stockpileSpec;
     mFieldCount = spec.fieldCount();
     for (int i = 0; i < mFieldCount; ++i)
-        mFields[static_cast<std::size_t>(i)] = {spec.position(i), spec.length(i)};
-    mStockpileQuantity = {blastSpec.position(2), blastSpec.length(2)};
+        mFields[static_cast<std::size_t>(i)] = {spec.position(i), spec.length(i), spec.fieldName(i)};
+    mStockpileQuantity = {blastSpec.position(2), blastSpec.length(2), spec.fieldName(2)};
 }
 
 Record TextImporter::recordFromLine(const char* line) const
@@ -104,6 +104,24 @@ ImportResult TextImporter::import(ProjectDatabase& db, QIODevice& device) const
     }
     writer.commit(result);
     return result;
+}
+
+std::vector<TextImporter::ReadField> TextImporter::fieldsRead() const
+{
+    std::vector<ReadField> read;
+    for (int i = 0; i < mFieldCount; ++i) {
+        const Field& f = mFields[static_cast<std::size_t>(i)];
+        if (f.length <= 0)
+            continue;
+        const bool text = i == 0 || (i == 1 && mTarget == ImportTarget::Stockpile);
+        const bool quantity = i == 2 && mTarget == ImportTarget::Stockpile;
+        const Field& cut = quantity ? mStockpileQuantity : f;
+        bool stored = !text;
+        for (const ElementColumn& d : mDerived)
+            stored = stored && !(i >= mFirstAnalysisField && d.column == i);
+        read.push_back({i, f.name, cut.position, cut.length, !text, stored});
+    }
+    return read;
 }
 
 bool TextImporter::looksLikeText(QIODevice& device)

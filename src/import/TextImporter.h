@@ -36,10 +36,25 @@ public:
     /// False when the start of the file holds zero bytes, which no text file does.
     static bool looksLikeText(QIODevice& device);
 
+    /// A field the import reads from every line, as the layout names it and where it is cut.
+    struct ReadField {
+        int index = 0;
+        QString name;
+        int position = 0;
+        int length = 0;
+        /// Converted to a number (else kept as text: Name, Source).
+        bool numeric = false;
+        /// Numbers only: the value stays in the record; false where a derived column replaces it.
+        bool stored = false;
+    };
+    /// The fields read, in layout order, fields of length 0 left out.
+    std::vector<ReadField> fieldsRead() const;
+
 private:
     struct Field {
         int position;
         int length;
+        QString name;
     };
     /// An analysis element and its column in the target table (-1 when the table has none).
     struct ElementColumn {

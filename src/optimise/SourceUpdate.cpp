@@ -7,6 +7,7 @@
 #include "database/RecordTable.h"
 #include "database/Schema.h"
 #include "database/Transaction.h"
+#include "optimise/StoreRefused.h"
 
 namespace kilnova {
 
@@ -24,12 +25,18 @@ std::optional<Table> SourceUpdate::backupOf(Table source)
     }
 }
 
-void SourceUpdate::store(ProjectDatabase& db, const Blend& blend, const std::vector<Take>& takes,
-                         bool subtract)
+StoreSummary SourceUpdate::store(ProjectDatabase& db, const Blend& blend, const std::vector<Take>& takes,
+                                 bool subtract, DuplicateNamePolicy::Choice onDuplicate)
 {
     if (const std::optional<QString> gone = db.missingFileMessage())
         throw DatabaseError(*gone);
     Transaction transaction(db);
+    StoreSummary summary;
+    summary.table = blend.table;
+    summary.name = blend.name;
+    summary.tonnage = blend.tonnage;
+    summary.subtracted = subtract;
+    DuplicateNamePolicy::apply(db, blend.table, blend.name, onDuplicate, summary);
 
     Record record(blend.table);
     record.setValue(QStringLiteral("Name"), blend.name);
@@ -49,37 +56,66 @@ void SourceUpdate::store(ProjectDatabase& db, const Blend& blend, const std::vec
         std::optional<Record> source = sources.find(take.key);
         if (!source)
             continue;
-        if (const std::optional<Table> backup = backupOf(take.table))
+        if (const std::optional<Table> backup = backupOf(take.table)) {
             RecordTable(db, *backup).add(source->copiedTo(*backup));
+            ++summary.backupRows[*backup];
+        }
         // A blast's deviations are backed up with it; the relation removes them if the blast goes.
         if (take.table == Table::Blast) {
-            if (const std::optional<Record> deviations = RecordTable(db, Table::StdBlast).find(take.key))
+            if (const std::optional<Record> deviations = RecordTable(db, Table::StdBlast).find(take.key)) {
                 RecordTable(db, Table::BackupStdBlast).add(deviations->copiedTo(Table::BackupStdBlast));
+                ++summary.backupRows[Table::BackupStdBlast];
+            }
         }
         const double rest = source->number(QStringLiteral("Quantity")) - take.tonnes;
         if (rest <= kNegligibleRest) {
             sources.removeRecord(*source);
+            ++summary.sourcesDeleted;
         } else {
             source->setValue(QStringLiteral("Quantity"), rest);
             sources.update(*source);
         }
+        ++summary.sourcesChanged;
+        summary.tonnesTaken += take.tonnes;
     }
     transaction.commit();
+    return summary;
 }
 
 bool SourceUpdate::storeAsking(ProjectDatabase& db, UserPrompt& ui, const QString& namePrompt, Blend blend,
                                const std::vector<Take>& takes)
 {
     QString name;
+    DuplicateNamePolicy::Choice onDuplicate = DuplicateNamePolicy::Choice::Refuse;
     for (;;) {
         const std::optional<QString> answer = ui.askText(namePrompt, name);
         if (!answer)
             return false;
         name = *answer;
-        if (!name.isEmpty() && name.size() <= Schema::kTextLength)
+        if (name.isEmpty() || name.size() > Schema::kTextLength) {
+            ui.showMessage(message(Msg::InvalidRecordName, {QString::number(Schema::kTextLength)}),
+                           UserPrompt::Icon::Warning);
+            continue;
+        }
+        std::vector<Record> holders;
+        try {
+            holders = DuplicateNamePolicy::holders(db, blend.table, name);
+        } catch (const DatabaseError& e) {
+            ui.showMessage(message(Msg::DatabaseOperationFailed), UserPrompt::Icon::Error, e.message());
+            return false;
+        }
+        if (holders.empty())
             break;
-        ui.showMessage(message(Msg::InvalidRecordName, {QString::number(Schema::kTextLength)}),
-                       UserPrompt::Icon::Warning);
+        const std::optional<DuplicateNamePolicy::Choice> choice =
+            DuplicateNamePolicy::ask(ui, blend.table, name, holders.size());
+        if (!choice)
+            continue;
+        if (*choice == DuplicateNamePolicy::Choice::Replace && !DuplicateNamePolicy::replaceable(holders)) {
+            ui.showMessage(message(Msg::ActualNotReplaced), UserPrompt::Icon::Warning);
+            continue;
+        }
+        onDuplicate = *choice;
+        break;
     }
     blend.name = name;
     const bool subtract = ui.askYesNo(message(Msg::SubtractQuantities));
@@ -88,7 +124,11 @@ bool SourceUpdate::storeAsking(ProjectDatabase& db, UserPrompt& ui, const QStrin
         return false;
     }
     try {
-        store(db, blend, takes, subtract);
+        ui.showMessage(store(db, blend, takes, subtract, onDuplicate).describe());
+    } catch (const StoreRefused& e) {
+        // The name was taken while the questions were open.
+        ui.showMessage(e.message(), UserPrompt::Icon::Warning);
+        return false;
     } catch (const DatabaseError& e) {
         ui.showMessage(message(Msg::DatabaseOperationFailed), UserPrompt::Icon::Error, e.message());
         return false;

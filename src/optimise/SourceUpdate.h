@@ -1,6 +1,8 @@
 #pragma once
 
 #include "database/Record.h"
+#include "optimise/DuplicateNamePolicy.h"
+#include "optimise/StoreSummary.h"
 
 #include <array>
 #include <vector>
@@ -36,12 +38,16 @@ public:
     /// Where a source table's rows are backed up before they change (none for crudes and coals).
     static std::optional<Table> backupOf(Table source);
 
-    /// All of it in one transaction, or nothing. A source that is no longer there is skipped. Throws
-    /// DatabaseError, also when the database file is gone.
-    static void store(ProjectDatabase& db, const Blend& blend, const std::vector<Take>& takes, bool subtract);
+    /// All of it in one transaction, or nothing. A source that is no longer there is skipped. A name
+    /// the blend's table holds already is dealt with as onDuplicate says (StoreRefused by default).
+    /// Throws DatabaseError, also when the database file is gone, and StoreRefused.
+    static StoreSummary store(ProjectDatabase& db, const Blend& blend, const std::vector<Take>& takes,
+                              bool subtract,
+                              DuplicateNamePolicy::Choice onDuplicate = DuplicateNamePolicy::Choice::Refuse);
 
     /// The whole command: asks for the new record's name (refusing an empty one or one over 50
-    /// characters, asking again), asks whether to subtract, stores, and tells the user of a failure.
+    /// characters, asking again; a name that is taken asks "replace, keep both, or choose another
+    /// name"), asks whether to subtract, stores, and tells the user what was written or why not.
     /// Returns true when the blend was stored; a cancelled name prompt stores nothing.
     static bool storeAsking(ProjectDatabase& db, UserPrompt& ui, const QString& namePrompt, Blend blend,
                             const std::vector<Take>& takes);

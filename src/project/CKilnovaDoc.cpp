@@ -3,11 +3,14 @@
 #include "chemistry/ChemEquationCoefficients.h"
 #include "common/MessageTable.h"
 #include "common/UserPrompt.h"
+#include "database/DatabaseCopy.h"
 #include "database/DatabaseError.h"
 #include "project/ProjectFile.h"
 #include "project/ProjectFileError.h"
+#include "project/ProjectLocation.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 namespace kilnova {
@@ -149,18 +152,58 @@ bool CKilnovaDoc::openDocument(const QString& path, UserPrompt& ui)
                        UserPrompt::Icon::Error, QString::fromStdString(e.what()));
         return false;
     }
+    // A project folder that was moved or copied may name a database other than its own.
+    QString database = loaded.settings.databasePath;
+    const ProjectLocation::Check where = ProjectLocation::check(path, database);
+    if (where.doubtful())
+        database = ProjectLocation::ask(ui, where);
+    const bool relocated = database != loaded.settings.databasePath;
+
     // The file is whole: only now does anything of the open document change. The database is
     // connected before the parameters are taken over, as the file orders its fields.
     closeDatabase();
-    mSettings.databasePath = loaded.settings.databasePath;
+    mSettings.databasePath = database;
     mSettings.blastImportSpec = loaded.settings.blastImportSpec;
     openDatabase(ui);
     mSettings = loaded.settings;
+    mSettings.databasePath = database;
     setClinkerProcess(loaded.settings.clinkerProcess);
     chemCoefficients() = loaded.chemistryDefaulted ? ChemEquationCoefficients{} : loaded.settings.chemistry;
     mFilePath = QFileInfo(path).absoluteFilePath();
-    mModified = false;
+    // The file still names the other database until the project is saved.
+    mModified = relocated;
     return true;
+}
+
+bool CKilnovaDoc::saveDocumentAs(const QString& path, UserPrompt& ui)
+{
+    const std::optional<QString> target =
+        isConnected() ? ProjectLocation::copyTarget(mFilePath, path, mSettings.databasePath) : std::nullopt;
+    if (target && !QFileInfo::exists(*target) &&
+        ui.askYesNo(message(Msg::CopyDatabaseQuestion, {QDir::toNativeSeparators(mSettings.databasePath),
+                                                        QDir::toNativeSeparators(*target)}))) {
+        std::unique_ptr<ProjectDatabase> copy;
+        try {
+            DatabaseCopy::copy(*mDatabase, *target);
+            copy = ProjectDatabase::open(*target);
+        } catch (const DatabaseError& e) {
+            ui.showMessage(message(Msg::DatabaseNotCopied, {QDir::toNativeSeparators(*target)}),
+                           UserPrompt::Icon::Error, e.message());
+            return false;
+        }
+        const QString before = mSettings.databasePath;
+        mSettings.databasePath = *target;
+        if (!saveDocument(path, ui)) {
+            // The project stays as it was, with its database; the copy is not the project's.
+            mSettings.databasePath = before;
+            copy.reset();
+            QFile::remove(*target);
+            return false;
+        }
+        mDatabase = std::move(copy);
+        return true;
+    }
+    return saveDocument(path, ui);
 }
 
 bool CKilnovaDoc::saveDocument(const QString& path, UserPrompt& ui)

@@ -58,10 +58,15 @@ public:
     /// File > New: closes the database and forgets its path; every parameter set keeps its values.
     void newDocument();
     /// Reads a project file and connects to its database. A damaged or foreign file is reported and
-    /// leaves this document exactly as it was; returns false then.
+    /// leaves this document exactly as it was; returns false then. When the project folder was moved
+    /// or copied and another database of the same name lies beside the file, the user chooses which
+    /// one (ProjectLocation); choosing the one beside leaves the document modified.
     bool openDocument(const QString& path, UserPrompt& ui);
     /// Writes the project file atomically; reports a failure and returns false.
     bool saveDocument(const QString& path, UserPrompt& ui);
+    /// File > Save As: when the project moves to another folder and its database lies in its old one,
+    /// first offers to copy the database along; the project then uses the copy.
+    bool saveDocumentAs(const QString& path, UserPrompt& ui);
 
     /// The settings as the project file stores them, chemistry included.
     ProjectSettings snapshot() const;

@@ -3,6 +3,7 @@
 #include "common/MessageTable.h"
 #include "common/UserPrompt.h"
 #include "database/DatabaseError.h"
+#include "project/BackupCommands.h"
 
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -14,6 +15,8 @@ namespace kilnova {
 
 BackupDialog::BackupDialog(ProjectDatabase& db, BackupRestore::Kind kind, UserPrompt& ui, QWidget* parent)
     : QDialog(parent)
+    , mDb(db)
+    , mKind(kind)
     , mRestore(db, kind)
     , mUi(ui)
     , mList(new QTableWidget)
@@ -83,12 +86,8 @@ void BackupDialog::restoreSelected()
     }
     if (chosen.empty())
         return;
-    try {
-        mRestore.restore(chosen);
-    } catch (const DatabaseError& e) {
-        mUi.showMessage(message(Msg::DatabaseOperationFailed), UserPrompt::Icon::Error, e.message());
-    }
-    fill();
+    if (!BackupCommands::restore(mDb, mKind, chosen, mUi).empty())
+        fill();
 }
 
 } // namespace kilnova

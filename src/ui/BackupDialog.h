@@ -25,6 +25,8 @@ protected:
 private:
     void fill();
 
+    ProjectDatabase& mDb;
+    BackupRestore::Kind mKind;
     BackupRestore mRestore;
     UserPrompt& mUi;
     std::vector<Record> mRows;

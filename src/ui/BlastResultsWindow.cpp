@@ -15,6 +15,7 @@ BlastResultsWindow::BlastResultsWindow(const BlastOptimization::Result& result, 
     , mResult(result)
     , mDoc(doc)
 {
+    setPageHeader(PageHeader::of(doc));
     auto* store = new QPushButton(QStringLiteral("Store blend…"));
     store->setObjectName(QStringLiteral("storeBlend"));
     store->setToolTip(

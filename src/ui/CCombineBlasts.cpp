@@ -13,6 +13,7 @@
 
 #include <QCheckBox>
 #include <QComboBox>
+#include <QFileInfo>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -72,8 +73,10 @@ CCombineBlasts::CCombineBlasts(ProjectDatabase& db, const CCombinationParameters
                                QWidget* parent)
     : QDialog(parent)
     , mDb(db)
-    , mCombiner(db, parameters, ui)
+    , mPrompt(ui, [this] { mProgress.reset(); })
+    , mCombiner(db, parameters, mPrompt)
     , mUi(ui)
+    , mDatabaseName(QFileInfo(db.path()).fileName())
     , mMap(new QuarryMapPane(ui))
 {
     setWindowTitle(QStringLiteral("Combine Blasts"));
@@ -138,9 +141,12 @@ void CCombineBlasts::reloadMap()
     mMapLink->showList();
 }
 
+CCombineBlasts::~CCombineBlasts() = default;
+
 void CCombineBlasts::run(CKilnovaDoc& doc, UserPrompt& ui, QWidget* parent)
 {
     CCombineBlasts dialog(*doc.database(), doc.settings().combination, ui, parent);
+    dialog.setProjectName(doc.displayName());
     if (!dialog.ready())
         return;
     if (dialog.exec() == QDialog::Accepted) {
@@ -461,19 +467,25 @@ void CCombineBlasts::combine()
 {
     if (!readControls())
         return;
-    QProgressDialog progress(QStringLiteral("Analysing blast combinations…"), QStringLiteral("Cancel"), 0,
-                             1000, this);
-    progress.setWindowModality(Qt::WindowModal);
-    progress.setMinimumDuration(400);
+    const QDateTime ran = QDateTime::currentDateTime();
+    // The progress dialog is made at the first step of the search, not before: the checks before it
+    // may refuse, and their message must be the only window the user sees.
     const std::optional<CombinationOutcome> outcome =
-        mCombiner.combine([&progress](long long done, long long total) {
-            progress.setValue(total > 0 ? static_cast<int>(done * 1000 / total) : 0);
-            return !progress.wasCanceled();
+        mCombiner.combine([this](long long done, long long total) {
+            if (!mProgress) {
+                mProgress = std::make_unique<QProgressDialog>(QStringLiteral("Analysing blast combinations…"),
+                                                              QStringLiteral("Cancel"), 0, 1000, this);
+                mProgress->setWindowModality(Qt::WindowModal);
+                mProgress->setMinimumDuration(400);
+            }
+            mProgress->setValue(total > 0 ? static_cast<int>(done * 1000 / total) : 0);
+            return !mProgress->wasCanceled();
         });
-    progress.reset();
+    mProgress.reset();
     if (!outcome)
         return;
     CCombineResults results(*outcome, mCombiner.period(), mUi, this);
+    results.setPageHeader({mProjectName, mDatabaseName, ran});
     results.exec();
     mChosenNames.clear();
     mChosenTonnes.clear();

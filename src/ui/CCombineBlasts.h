@@ -1,12 +1,16 @@
 #pragma once
 
 #include "combine/BlastCombiner.h"
+#include "ui/ProgressPrompt.h"
 
 #include <QDialog>
+
+#include <memory>
 
 class QCheckBox;
 class QComboBox;
 class QListWidget;
+class QProgressDialog;
 class QRadioButton;
 
 namespace kilnova {
@@ -27,12 +31,15 @@ public:
     /// The working copies are refreshed here; ready() tells whether that worked.
     CCombineBlasts(ProjectDatabase& db, const CCombinationParameters& parameters, UserPrompt& ui,
                    QWidget* parent = nullptr);
+    ~CCombineBlasts() override;
 
     /// Optimize > Analyse Blast Combinations: runs the dialog over the document's database and
     /// keeps its settings in the document when the user presses OK.
     static void run(CKilnovaDoc& doc, UserPrompt& ui, QWidget* parent);
 
     bool ready() const { return mReady; }
+    /// The project named on printed results ("demo.knv").
+    void setProjectName(const QString& name) { mProjectName = name; }
     BlastCombiner& combiner() { return mCombiner; }
     /// The settings as OK left them.
     const CCombinationParameters& parameters() const { return mCombiner.parameters(); }
@@ -63,9 +70,15 @@ private:
     void changeTarget(int action);
 
     ProjectDatabase& mDb;
+    /// The progress of a run, from its first step until it ends or something is to be said.
+    std::unique_ptr<QProgressDialog> mProgress;
+    /// What the combiner says is never shown under the progress dialog.
+    ProgressPrompt mPrompt;
     BlastCombiner mCombiner;
     UserPrompt& mUi;
     bool mReady = false;
+    QString mProjectName;
+    QString mDatabaseName;
     QuarryMapPane* mMap = nullptr;
     QuarryMapLink* mMapLink = nullptr;
     /// The pair chosen after the last Combine and its tonnes, labelled on the map.

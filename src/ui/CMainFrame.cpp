@@ -2,6 +2,7 @@
 
 #include "common/MessageTable.h"
 #include "database/DatabaseError.h"
+#include "project/BackupCommands.h"
 #include "project/CKilnovaDoc.h"
 #include "ui/AboutBox.h"
 #include "ui/BackupBlastRecords.h"
@@ -207,11 +208,7 @@ void CMainFrame::restoreBackups(BackupRestore::Kind kind)
 
 void CMainFrame::deleteBackups(BackupRestore::Kind kind)
 {
-    try {
-        BackupRestore(*mDoc.database(), kind).deleteBackups();
-    } catch (const DatabaseError& e) {
-        mPrompt->showMessage(message(Msg::DatabaseOperationFailed), UserPrompt::Icon::Error, e.message());
-    }
+    BackupCommands::deleteBackups(*mDoc.database(), kind, *mPrompt);
 }
 
 void CMainFrame::editClinkerProcess()
@@ -310,7 +307,7 @@ bool CMainFrame::saveAs()
     const std::optional<QString> path = mPrompt->chooseFile(request);
     if (!path)
         return false;
-    const bool saved = mDoc.saveDocument(*path, *mPrompt);
+    const bool saved = mDoc.saveDocumentAs(*path, *mPrompt);
     if (saved) {
         RecentFiles().add(*path);
         updateRecentFiles();

@@ -5,6 +5,9 @@
 #include <QApplication>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPushButton>
+
+#include <vector>
 
 namespace kilnova {
 
@@ -58,6 +61,30 @@ std::optional<QString> GuiPrompt::chooseFile(const FileRequest& request)
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
         return std::nullopt;
     return dialog.selectedFiles().first();
+}
+
+int GuiPrompt::askChoice(const QString& question, const QStringList& answers, int fallback)
+{
+    QMessageBox box(mParent);
+    box.setWindowTitle(QApplication::applicationDisplayName());
+    box.setIcon(QMessageBox::Question);
+    box.setText(question);
+    std::vector<QAbstractButton*> buttons;
+    for (int i = 0; i < answers.size(); ++i) {
+        // Buttons in the order given; Escape and the close box take the answer that changes nothing.
+        QPushButton* b = box.addButton(answers[i], QMessageBox::ActionRole);
+        buttons.push_back(b);
+        if (i == fallback) {
+            box.setEscapeButton(b);
+            box.setDefaultButton(b);
+        }
+    }
+    box.exec();
+    for (std::size_t i = 0; i < buttons.size(); ++i) {
+        if (box.clickedButton() == buttons[i])
+            return static_cast<int>(i);
+    }
+    return fallback;
 }
 
 std::optional<QString> GuiPrompt::askText(const QString& prompt, const QString& initial)

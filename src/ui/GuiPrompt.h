@@ -17,6 +17,7 @@ public:
     void showMessage(const QString& text, Icon icon, const QString& details) override;
     std::optional<QString> chooseFile(const FileRequest& request) override;
     std::optional<QString> askText(const QString& prompt, const QString& initial) override;
+    int askChoice(const QString& question, const QStringList& answers, int fallback) override;
 
 private:
     QPointer<QWidget> mParent;

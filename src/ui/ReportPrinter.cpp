@@ -14,8 +14,10 @@
 
 namespace kilnova {
 
-ReportPrinter::ReportPrinter(const QString& reportText, std::optional<BlendChartData> chart)
-    : mChart(std::move(chart))
+ReportPrinter::ReportPrinter(const QString& reportText, const PageHeader& header,
+                             std::optional<BlendChartData> chart)
+    : mHeader(header)
+    , mChart(std::move(chart))
 {
     QString text = reportText;
     text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
@@ -38,36 +40,70 @@ QFont ReportPrinter::fontFor(QPaintDevice& device, int pageWidth) const
     return font;
 }
 
+int ReportPrinter::linesPerPage(QPainter& painter) const
+{
+    const int lineHeight = QFontMetrics(painter.font(), painter.device()).lineSpacing();
+    // Two lines of footer; the header takes its line and one of space.
+    const int reserved = 2 + (mHeader.isEmpty() ? 0 : 2);
+    return std::max(1, painter.viewport().height() / lineHeight - reserved);
+}
+
+int ReportPrinter::textPageCount(QPainter& painter) const
+{
+    painter.setFont(fontFor(*painter.device(), painter.viewport().width()));
+    const int perPage = linesPerPage(painter);
+    return std::max<int>(1, static_cast<int>((mLines.size() + perPage - 1) / perPage));
+}
+
+int ReportPrinter::pageCount(QPainter& painter) const
+{
+    return textPageCount(painter) + (mChart ? 1 : 0);
+}
+
+void ReportPrinter::paintPage(QPainter& painter, int page, int pages) const
+{
+    painter.setFont(fontFor(*painter.device(), painter.viewport().width()));
+    const QFontMetrics metrics(painter.font(), painter.device());
+    const int lineHeight = metrics.lineSpacing();
+    const QRect area = painter.viewport();
+    const int perPage = linesPerPage(painter);
+    int top = 0;
+    if (!mHeader.isEmpty()) {
+        // The time at the right; the names take what is left, shortened in the middle if need be.
+        const QString right = mHeader.right();
+        const int rightWidth = right.isEmpty() ? 0 : metrics.horizontalAdvance(right + QStringLiteral("   "));
+        const QString left = metrics.elidedText(mHeader.left(), Qt::ElideMiddle, area.width() - rightWidth);
+        painter.drawText(QRect(0, 0, area.width(), lineHeight), Qt::AlignLeft | Qt::AlignVCenter, left);
+        painter.drawText(QRect(0, 0, area.width(), lineHeight), Qt::AlignRight | Qt::AlignVCenter, right);
+        const int rule = lineHeight + lineHeight / 3;
+        painter.drawLine(0, rule, area.width(), rule);
+        top = 2 * lineHeight;
+    }
+    if (mChart && page == textPageCount(painter)) {
+        painter.setFont(fontFor(*painter.device(), area.width()));
+        paintChart(painter, QRect(0, top, area.width(), area.height() - top - 2 * lineHeight));
+    }
+    for (int i = 0; i < perPage; ++i) {
+        const qsizetype line = static_cast<qsizetype>(page) * perPage + i;
+        if (line >= mLines.size())
+            break;
+        painter.drawText(0, top + (i + 1) * lineHeight, mLines[line]);
+    }
+    const QString footer = QStringLiteral("Page %1 of %2").arg(page + 1).arg(pages);
+    painter.drawText(QRect(0, area.height() - lineHeight, area.width(), lineHeight), Qt::AlignHCenter,
+                     footer);
+}
+
 int ReportPrinter::print(QPagedPaintDevice& device) const
 {
     QPainter painter(&device);
     if (!painter.isActive())
         return 0;
-    const QFont font = fontFor(device, painter.viewport().width());
-    painter.setFont(font);
-    const QFontMetrics metrics(font, &device);
-    const int lineHeight = metrics.lineSpacing();
-    const QRect area = painter.viewport();
-    const int footerHeight = 2 * lineHeight;
-    const int linesPerPage = std::max(1, (area.height() - footerHeight) / lineHeight);
-    const int textPages =
-        std::max<int>(1, static_cast<int>((mLines.size() + linesPerPage - 1) / linesPerPage));
-    const int pages = textPages + (mChart ? 1 : 0);
-
+    const int pages = pageCount(painter);
     for (int page = 0; page < pages; ++page) {
         if (page > 0)
             device.newPage();
-        if (page == textPages)
-            paintChart(painter, QRect(0, 0, area.width(), area.height() - footerHeight));
-        for (int i = 0; i < linesPerPage; ++i) {
-            const qsizetype line = static_cast<qsizetype>(page) * linesPerPage + i;
-            if (line >= mLines.size())
-                break;
-            painter.drawText(0, (i + 1) * lineHeight, mLines[line]);
-        }
-        const QString footer = QStringLiteral("Page %1 of %2").arg(page + 1).arg(pages);
-        painter.drawText(QRect(0, area.height() - lineHeight, area.width(), lineHeight), Qt::AlignHCenter,
-                         footer);
+        paintPage(painter, page, pages);
     }
     return pages;
 }

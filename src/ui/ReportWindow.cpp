@@ -82,7 +82,7 @@ void ReportWindow::print()
     dialog.setWindowTitle(QStringLiteral("Print"));
     if (dialog.exec() != QDialog::Accepted)
         return;
-    if (ReportPrinter(mReport, mChart).print(printer) == 0)
+    if (ReportPrinter(mReport, mHeader, mChart).print(printer) == 0)
         mUi.showMessage(QStringLiteral("The report could not be printed."), UserPrompt::Icon::Error, {});
 }
 
@@ -106,7 +106,7 @@ bool ReportWindow::saveAsText()
 
 bool ReportWindow::writePdf(const QString& path)
 {
-    if (ReportPrinter(mReport, mChart).writePdf(path))
+    if (ReportPrinter(mReport, mHeader, mChart).writePdf(path))
         return true;
     mUi.showMessage(
         QStringLiteral("The report could not be written to %1.").arg(QDir::toNativeSeparators(path)),

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "optimise/BlendChartData.h"
+#include "ui/PageHeader.h"
 
 #include <QDialog>
 
@@ -29,6 +30,9 @@ public:
     const std::optional<BlendChartData>& chart() const { return mChart; }
     /// Where callers put their own buttons, left of the standard ones.
     QHBoxLayout* actionArea() const { return mActions; }
+    /// The header of printed and PDF pages; the text saved stays the bare report.
+    void setPageHeader(const PageHeader& header) { mHeader = header; }
+    const PageHeader& pageHeader() const { return mHeader; }
 
     void print();
     /// Asks for a file name; false when cancelled or not written (the user is told why).
@@ -47,6 +51,7 @@ private:
     QSplitter* mSplitter;
     QPlainTextEdit* mView;
     QHBoxLayout* mActions;
+    PageHeader mHeader;
 };
 
 } // namespace kilnova

@@ -69,12 +69,8 @@ TEST_F(CliTest, FailuresPrintTheMessageAndExitNonZero)
         const char* errorStart;
     };
     const std::vector<Case> cases = {
-        {{"status", "junk.kndb"},
-         1,
-         "Error, cannot connect to the project database, try connecting manually to it.\n"},
-        {{"status", "missing.kndb"},
-         1,
-         "Error, cannot connect to the project database, try connecting manually to it.\n"},
+        {{"status", "junk.kndb"}, 1, "Error, cannot connect to the project database.\n"},
+        {{"status", "missing.kndb"}, 1, "Error, cannot connect to the project database.\n"},
         {{"project", "show", "junk.kndb"}, 1, "The project "},
         {{"create", "no/such/dir/p.kndb"}, 1, "Error: This database cannot be overwritten.\n"},
         {{"frobnicate"}, 2, "kilnova-cli: unknown command"},

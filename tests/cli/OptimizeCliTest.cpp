@@ -84,7 +84,7 @@ TEST_F(OptimizeCliTest, JsonSelectionAndFailures)
 
     const CliRun one = run({"optimize", "blasts", mDir.filePath("plant.knv"), "--select", "B1"});
     EXPECT_EQ(one.status, 1);
-    EXPECT_EQ(one.err, "Please, select at least 2 sources\n");
+    EXPECT_EQ(one.err, "Select at least 2 blasts with --select NAME... or --all.\n");
     EXPECT_TRUE(one.out.isEmpty());
 
     EXPECT_EQ(run({"optimize", "blasts", mDir.filePath("plant.knv"), "--frobnicate"}).status, 2);
@@ -101,8 +101,10 @@ TEST_F(OptimizeCliTest, StoreAndSubtract)
     const CliRun r =
         run({"optimize", "blasts", mDir.filePath("plant.knv"), "--store", "Pile 7", "--subtract"});
     ASSERT_EQ(r.status, 0) << r.err.toStdString();
-    EXPECT_TRUE(
-        r.out.endsWith("Stored the blend as stockpile \"Pile 7\" and subtracted it from the blasts.\n"));
+    EXPECT_TRUE(r.out.endsWith("Stored \"Pile 7\" (1000.00 t) in the Stockpile table. Subtracted 1000.00 t "
+                               "from 2 source record(s), 0 of them deleted. Backup rows made: 2 in "
+                               "backup-Blast, 2 in backup-stdBlast.\n"))
+        << r.out.toStdString();
     auto db = ProjectDatabase::open(mDir.filePath("plant.kndb"));
     // The solver's step length is single precision, so the tonnes are 800 and 200 to about 1e-5.
     EXPECT_NEAR(RecordTable(*db, Table::Stockpile).find({"Pile 7", " "})->number("Quantity"), 1000.0, 1e-4);
@@ -110,6 +112,28 @@ TEST_F(OptimizeCliTest, StoreAndSubtract)
     EXPECT_NEAR(RecordTable(*db, Table::Blast).find({"B2", {}})->number("Quantity"), 800.0, 1e-4);
     EXPECT_EQ(db->count(Table::BackupBlast), 2);
     EXPECT_EQ(db->count(Table::Stockpile), 5) << "the refused names stored nothing";
+}
+
+TEST_F(OptimizeCliTest, ANameTakenIsRefusedUnlessADuplicateIsAllowed)
+{
+    // "Actual 1" is in every project database; the name compares without regard to case.
+    const QStringList store = {"optimize", "blasts", mDir.filePath("plant.knv"), "--store", "ACTUAL 1"};
+    const CliRun taken = run(store);
+    EXPECT_EQ(taken.status, 1);
+    EXPECT_EQ(taken.err,
+              "The Stockpile table already holds a record named \"ACTUAL 1\"; nothing was stored.\n"
+              "Add --allow-duplicate to store a second record of that name.\n");
+    const CliRun allowed = run(store + QStringList{"--allow-duplicate"});
+    EXPECT_EQ(allowed.status, 0) << allowed.err.toStdString();
+    EXPECT_TRUE(
+        allowed.out.endsWith("Stored \"ACTUAL 1\" (1000.00 t) in the Stockpile table. The sources were "
+                             "left as they were.\n"));
+    auto db = ProjectDatabase::open(mDir.filePath("plant.kndb"));
+    const std::vector<Record> actual = RecordTable(*db, Table::Stockpile).findNamed("Actual 1");
+    ASSERT_EQ(actual.size(), 2u);
+    EXPECT_EQ(actual[0].text("Source"), "Actual") << "the Actual stockpile is as it was";
+    EXPECT_EQ(actual[0].number("Quantity"), 0.0);
+    EXPECT_EQ(RecordTable(*db, Table::Blast).find({"B1", {}})->number("Quantity"), 1000.0);
 }
 
 } // namespace

@@ -274,7 +274,10 @@ TEST_F(BlastCombinerTest, UpdateBlastTableAsksThenWritesTheWorkingCopiesBack)
     const Record b1 = *RecordTable(*mDb, Table::Blast).find({"B1", {}});
     EXPECT_EQ(b1.number("SiO2"), 10);
     EXPECT_EQ(b1.number("CaO"), 50);
-    EXPECT_TRUE(mUi.messages.empty());
+    // B3 lost 300 t, O'Neill all of it.
+    EXPECT_EQ(mUi.messageTexts(),
+              QStringList{"The Blast table now holds the working copies: 1 blast(s) changed, "
+                          "1 deleted, 0 added. The records they replaced were not backed up."});
 }
 
 TEST_F(BlastCombinerTest, UpdateBlastTableThatFailsLeavesBlastAsItWas)

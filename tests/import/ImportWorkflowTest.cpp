@@ -114,13 +114,18 @@ TEST_F(ImportWorkflowTest, OkReplacesTheLayoutAndTheBlastImportReportsItsCount)
     EXPECT_TRUE(outcome.documentModified);
     EXPECT_EQ(mBlastSpec.length(0), 5);
     EXPECT_EQ(names(Table::Blast), QStringList({"B-201", "B-202", "B-203"}));
-    EXPECT_EQ(mUi.messageTexts(),
-              QStringList{"You have imported 3 data records from file " + test::importFixture("blasts.rsv")});
-    EXPECT_EQ(mUi.messages.at(0).icon, Icon::Information);
+    // The fixture has blank fields and text in number fields: the count comes with what was stored.
+    ASSERT_EQ(mUi.messages.size(), 1u);
+    EXPECT_TRUE(mUi.messages[0].text.startsWith(
+        "You have imported 3 data records from file " + test::importFixture("blasts.rsv") +
+        "\n\nNumber fields that held no number or stopped early: 11."));
+    EXPECT_EQ(mUi.messages.at(0).icon, Icon::Warning);
 }
 
 TEST_F(ImportWorkflowTest, TheStockpileTextImportEndsSilently)
 {
+    for (int field = 8; field <= 14; ++field)
+        mStockpileSpec.setLength(field, 0); // MgO to P2O5 are not in the file
     mUi.fileAnswers = {test::importFixture("stockpiles.rsv")};
     const ImportOutcome outcome = importText(ImportTarget::Stockpile);
     EXPECT_EQ(outcome.status, Status::Imported);
@@ -165,6 +170,8 @@ TEST_F(ImportWorkflowTest, AFailureHalfWayIsReportedWithWhatWasKept)
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write("B1\nB2\nB1\nB3\n");
     file.close();
+    for (int field = 1; field < mBlastSpec.fieldCount(); ++field)
+        mBlastSpec.setLength(field, 0); // names only: no number field that could be blank
     mUi.fileAnswers = {file.fileName()};
     const ImportOutcome outcome = importText(ImportTarget::Blast);
     EXPECT_EQ(outcome.status, Status::Failed);

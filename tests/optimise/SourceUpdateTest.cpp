@@ -58,7 +58,10 @@ protected:
 
 TEST_F(SourceUpdateTest, StoresTheBlendAndSubtractsWithBackups)
 {
-    SourceUpdate::store(*mDb, blend(), takes(), true);
+    EXPECT_EQ(
+        SourceUpdate::store(*mDb, blend(), takes(), true).describe(),
+        "Stored \"Pile 7\" (300.00 t) in the Stockpile table. Subtracted 400.00 t from 3 source record(s), "
+        "1 of them deleted. Backup rows made: 3 in backup-Blast, 3 in backup-stdBlast.");
 
     const Record pile = *RecordTable(*mDb, Table::Stockpile).find({"Pile 7", " "});
     EXPECT_EQ(pile.number("Quantity"), 300.0);
@@ -85,7 +88,12 @@ TEST_F(SourceUpdateTest, NoStillStoresTheBlendAndChangesNoSource)
     EXPECT_EQ(ui.questions,
               QStringList({"Enter a name for this stockpile", "Enter a name for this stockpile",
                            "Enter a name for this stockpile", message(Msg::SubtractQuantities)}));
-    EXPECT_EQ(ui.messageTexts(), QStringList(2, "A name must have between 1 and 50 characters."));
+    EXPECT_EQ(
+        ui.messageTexts(),
+        QStringList({"A name must have between 1 and 50 characters.",
+                     "A name must have between 1 and 50 characters.",
+                     "Stored \"Pile 7\" (300.00 t) in the Stockpile table. The sources were left as they "
+                     "were."}));
     EXPECT_TRUE(RecordTable(*mDb, Table::Stockpile).find({"Pile 7", " "}));
     EXPECT_EQ(quantity("B1"), 1000.0);
     EXPECT_EQ(mDb->count(Table::BackupBlast), 0);
@@ -156,7 +164,8 @@ TEST_F(SourceUpdateTest, RestoreChoosesTheBackupByQuantityAndRecreatesDeletedBla
     // Two takes from B1 leave backups at 1000 and 800; B2 is deleted after its backup.
     SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 200.0}, {Table::Blast, {"B2", {}}, 100.0}},
                         true);
-    SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 300.0}}, true);
+    SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 300.0}}, true,
+                        DuplicateNamePolicy::Choice::KeepBoth);
     ASSERT_EQ(quantity("B1"), 500.0);
 
     // Meanwhile B1 was renamed in another case and re-analysed: the restore puts every column back.
@@ -190,7 +199,8 @@ TEST_F(SourceUpdateTest, RestoreChoosesTheBackupByQuantityAndRecreatesDeletedBla
 TEST_F(SourceUpdateTest, RestoreOfSeveralBackupsWithoutAMatchingQuantityDoesNothing)
 {
     SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 200.0}}, true);
-    SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 300.0}}, true);
+    SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 300.0}}, true,
+                        DuplicateNamePolicy::Choice::KeepBoth);
     BackupRestore restore(*mDb, BackupRestore::Kind::Blasts);
     Record listed = restore.rows()[0];
     listed.setValue("Quantity", 900.0);

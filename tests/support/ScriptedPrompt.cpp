@@ -44,6 +44,16 @@ std::optional<QString> ScriptedPrompt::askText(const QString& prompt, const QStr
     return next(textAnswers, "text");
 }
 
+int ScriptedPrompt::askChoice(const QString& question, const QStringList& answers, int)
+{
+    questions << question;
+    choices.push_back(answers);
+    const int answer = next(choiceAnswers, "choice");
+    if (answer < 0 || answer >= answers.size())
+        throw std::logic_error("scripted choice out of range");
+    return answer;
+}
+
 QStringList ScriptedPrompt::messageTexts() const
 {
     QStringList texts;

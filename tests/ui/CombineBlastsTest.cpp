@@ -12,12 +12,36 @@
 #include <QComboBox>
 #include <QListWidget>
 #include <QPlainTextEdit>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
 namespace kilnova::test {
+
+/// A user who takes a moment before reading each message, as the event loop of a message box runs
+/// on, and notes whether a progress dialog is there: shown, or waiting for its timer to show itself
+/// over the message.
+class UnhurriedPrompt final : public UserPrompt {
+public:
+    QStringList shown;
+    /// For each message, whether a progress dialog existed while it was open.
+    QList<bool> underProgress;
+
+    bool askYesNo(const QString&) override { return false; }
+    void showMessage(const QString& text, Icon, const QString&) override
+    {
+        QTest::qWait(500);
+        bool progress = false;
+        for (QWidget* w : QApplication::allWidgets())
+            progress = progress || qobject_cast<QProgressDialog*>(w) != nullptr;
+        shown << text;
+        underProgress << progress;
+    }
+    std::optional<QString> chooseFile(const FileRequest&) override { return std::nullopt; }
+    std::optional<QString> askText(const QString&, const QString&) override { return std::nullopt; }
+};
 
 class CombineBlastsTest : public QObject {
     Q_OBJECT
@@ -153,6 +177,32 @@ private slots:
         QCOMPARE(texts(sources), QStringList({"B1   (40.00 t)"}));
         QCOMPARE(dialog.combiner().period(), 2);
         QVERIFY(ui.messages.empty());
+    }
+
+    void aMessageIsNeverShownUnderTheProgressDialog()
+    {
+        struct Case {
+            const char* what;
+            QStringList selected;
+            double tonnage;
+            QString message;
+        };
+        const Case cases[] = {
+            {"refused before the run", {"B1"}, 100, "Please, select at least 2 sources"},
+            {"told after the run", {"B1", "B3"}, 1e6, "0 successful combinations of 2 blasts were found"},
+        };
+        for (const Case& c : cases) {
+            UnhurriedPrompt ui;
+            CCombinationParameters p = stored();
+            p.targetTonnage = c.tonnage;
+            CCombineBlasts dialog(*mDb, p, ui);
+            for (const QString& name : c.selected)
+                dialog.combiner().setSelected(name, true);
+            dialog.combine();
+            QCOMPARE(ui.shown, QStringList{c.message});
+            QVERIFY2(!ui.underProgress.value(0, true), c.what);
+            QVERIFY2(dialog.findChildren<QProgressDialog*>().isEmpty(), c.what);
+        }
     }
 
     void resultsPreselectTheBestAndUpdateBlastsRaisesThePeriod()

@@ -154,10 +154,15 @@ private slots:
         QCOMPARE(list->selectionMode(), QAbstractItemView::ExtendedSelection);
         QCOMPARE(d.rowCount(), 1);
         list->selectRow(0);
+        ui.yesNoAnswers = {false, true};
+        d.restoreSelected();
+        QCOMPARE(d.rowCount(), 1);
         d.restoreSelected();
         QCOMPARE(d.rowCount(), 0);
         QCOMPARE(RecordTable(*mDb, Table::Blast).find({"B1", {}})->number("Quantity"), 1500.0);
-        QVERIFY(ui.messages.empty());
+        QCOMPARE(ui.questions.size(), 2);
+        QCOMPARE(ui.messageTexts(),
+                 QStringList{"1 of the 1 selected row(s) were restored into the Blast table."});
 
         // An empty stockpile backup still shows the stockpile columns.
         CBackupStockpileRecords stockpiles(*mDb, ui);
@@ -226,6 +231,9 @@ private slots:
         QCOMPARE(window.chart()->rows[0].binding, BlendChartData::Binding::Minimum);
         QVERIFY(std::abs(window.chart()->rows[0].value - 12.0) < 1e-9);
         QVERIFY(window.chart()->rows[1].optimised);
+        QCOMPARE(window.pageHeader().project, QStringLiteral("Untitled"));
+        QCOMPARE(window.pageHeader().database, QStringLiteral("plant.kndb"));
+        QVERIFY(window.pageHeader().run.isValid());
         QStringList captions;
         for (const QPushButton* b : window.findChildren<QPushButton*>())
             captions << b->text();

@@ -6,12 +6,86 @@
 #include "ui/ReportWindow.h"
 
 #include <QFile>
+#include <QPaintEngine>
+#include <QPainter>
 #include <QPdfWriter>
 #include <QPlainTextEdit>
 #include <QTemporaryDir>
 #include <QTest>
 
 namespace kilnova::test {
+
+/// Paints nothing and writes down every text drawn, in order, with where it was drawn.
+class TextRecorder final : public QPaintEngine {
+public:
+    struct Drawn {
+        QPointF at;
+        QString text;
+    };
+    std::vector<Drawn> drawn;
+
+    TextRecorder()
+        : QPaintEngine(QPaintEngine::AllFeatures)
+    {
+    }
+    bool begin(QPaintDevice*) override { return true; }
+    bool end() override { return true; }
+    void updateState(const QPaintEngineState&) override {}
+    void drawPixmap(const QRectF&, const QPixmap&, const QRectF&) override {}
+    void drawLines(const QLineF*, int) override {}
+    void drawLines(const QLine*, int) override {}
+    void drawPath(const QPainterPath&) override {}
+    void drawTextItem(const QPointF& at, const QTextItem& item) override
+    {
+        drawn.push_back({at, item.text()});
+    }
+    Type type() const override { return QPaintEngine::User; }
+
+    QStringList texts() const
+    {
+        QStringList all;
+        for (const Drawn& d : drawn)
+            all << d.text;
+        return all;
+    }
+};
+
+/// A page of 600 x 800 points to record on.
+class RecordedPage final : public QPaintDevice {
+public:
+    mutable TextRecorder engine;
+    QPaintEngine* paintEngine() const override { return &engine; }
+
+protected:
+    int metric(PaintDeviceMetric metric) const override
+    {
+        switch (metric) {
+        case PdmWidth:
+            return 600;
+        case PdmHeight:
+            return 800;
+        case PdmWidthMM:
+            return 212;
+        case PdmHeightMM:
+            return 282;
+        case PdmDpiX:
+        case PdmDpiY:
+        case PdmPhysicalDpiX:
+        case PdmPhysicalDpiY:
+            return 72;
+        case PdmDepth:
+            return 32;
+        case PdmNumColors:
+            return INT_MAX;
+        case PdmDevicePixelRatio:
+            return 1;
+        case PdmDevicePixelRatioScaled:
+            return static_cast<int>(devicePixelRatioFScale());
+        default:
+            return 0;
+        }
+    }
+};
 
 class ReportWindowTest : public QObject {
     Q_OBJECT
@@ -120,6 +194,55 @@ private slots:
         longer.setChart(chart);
         QVERIFY(longer.writePdf(dir.filePath("long.pdf")));
         QCOMPARE(pdfPages(dir.filePath("long.pdf")), textPages + 1);
+
+    void theHeaderNamesProjectDatabaseAndRunAbovePrintedPagesOnly()
+    {
+        const PageHeader header{"plant.knv", "plant.kndb", QDateTime(QDate(2025, 3, 4), QTime(14, 5, 59))};
+        struct Page {
+            QStringList texts;
+            std::vector<double> heights;
+            int pages = 0;
+        };
+        const auto paint = [](const ReportPrinter& printer) {
+            RecordedPage page;
+            QPainter painter(&page);
+            Page p;
+            p.pages = printer.pageCount(painter);
+            printer.paintPage(painter, 0, p.pages);
+            for (const TextRecorder::Drawn& d : page.engine.drawn) {
+                p.texts << d.text;
+                p.heights.push_back(d.at.y());
+            }
+            return p;
+        };
+
+        const Page short_ = paint(ReportPrinter("line one\r\nline two\r\n", header));
+        QCOMPARE(short_.texts, QStringList({"Project plant.knv   Database plant.kndb", "Run 2025-03-04 14:05",
+                                            "line one", "line two", "Page 1 of 1"}));
+        QVERIFY2(short_.heights[1] < short_.heights[2], "the header is above the report");
+        const Page bare = paint(ReportPrinter("line one\r\nline two\r\n"));
+        QCOMPARE(bare.texts, QStringList({"line one", "line two", "Page 1 of 1"}));
+
+        // A page with the header holds two report lines fewer; none is painted over.
+        const QString long_ = longReport(300);
+        const Page headed = paint(ReportPrinter(long_, header));
+        const Page plain = paint(ReportPrinter(long_));
+        const auto reportLines = [](const Page& p) {
+            return p.texts.filter(QStringLiteral(" tonnes of blast ")).size();
+        };
+        QCOMPARE(reportLines(headed), reportLines(plain) - 2);
+        QVERIFY(headed.pages >= plain.pages);
+
+        // The window prints with its header and saves the bare text.
+        QTemporaryDir dir;
+        ScriptedPrompt ui;
+        ReportWindow window("Results", "line one\r\n", ui);
+        window.setPageHeader(header);
+        QVERIFY(window.writeText(dir.filePath("r.txt")));
+        QFile text(dir.filePath("r.txt"));
+        QVERIFY(text.open(QIODevice::ReadOnly));
+        QCOMPARE(text.readAll(), QByteArray("line one\r\n"));
+        QVERIFY(window.writePdf(dir.filePath("r.pdf")));
     }
 
     void unwritableTargetIsReported()
