@@ -116,7 +116,7 @@ enum class Msg : int {
     LeaveUnconnected,
     CopyDatabaseQuestion,
     DatabaseNotCopied,
-    BackupsDeleted,
+    BackupsDeleted = 31741,
     RestoreQuestion,
     Restored,
     RestoreUnmatched,

@@ -164,37 +164,6 @@ private slots:
         QVERIFY(QFontMetrics(smaller, &writer).horizontalAdvance(wide) <= width);
     }
 
-    void aChartShowsBesideTheReportAndPrintsAsTheLastPage()
-    {
-        QTemporaryDir dir;
-        ScriptedPrompt ui;
-        ReportWindow window("Results", longReport(10), ui);
-        QVERIFY(!window.findChild<BlendChartView*>());
-        QVERIFY(window.writePdf(dir.filePath("text.pdf")));
-        QCOMPARE(pdfPages(dir.filePath("text.pdf")), 1);
-
-        BlendChartData chart;
-        chart.tonnage = 1000;
-        BlendChartData::Row row;
-        row.element = elementIndex(Element::SiO2);
-        row.band = std::array<double, 2>{12, 15};
-        row.value = 12;
-        row.binding = BlendChartData::Binding::Minimum;
-        chart.rows = {row};
-        window.setChart(chart);
-        window.setChart(chart); // a second chart replaces the first
-        QCOMPARE(window.findChildren<BlendChartView*>().size(), qsizetype{1});
-        QCOMPARE(window.findChild<BlendChartView*>()->chart().rows.size(), std::size_t{1});
-        QVERIFY(window.writePdf(dir.filePath("chart.pdf")));
-        QCOMPARE(pdfPages(dir.filePath("chart.pdf")), 2);
-        // A report of several pages keeps them all, the chart after them.
-        ReportWindow longer("Results", longReport(200), ui);
-        QVERIFY(longer.writePdf(dir.filePath("long.pdf")));
-        const int textPages = pdfPages(dir.filePath("long.pdf"));
-        longer.setChart(chart);
-        QVERIFY(longer.writePdf(dir.filePath("long.pdf")));
-        QCOMPARE(pdfPages(dir.filePath("long.pdf")), textPages + 1);
-
     void theHeaderNamesProjectDatabaseAndRunAbovePrintedPagesOnly()
     {
         const PageHeader header{"plant.knv", "plant.kndb", QDateTime(QDate(2025, 3, 4), QTime(14, 5, 59))};
@@ -244,6 +213,39 @@ private slots:
         QCOMPARE(text.readAll(), QByteArray("line one\r\n"));
         QVERIFY(window.writePdf(dir.filePath("r.pdf")));
     }
+
+    void aChartShowsBesideTheReportAndPrintsAsTheLastPage()
+    {
+        QTemporaryDir dir;
+        ScriptedPrompt ui;
+        ReportWindow window("Results", longReport(10), ui);
+        QVERIFY(!window.findChild<BlendChartView*>());
+        QVERIFY(window.writePdf(dir.filePath("text.pdf")));
+        QCOMPARE(pdfPages(dir.filePath("text.pdf")), 1);
+
+        BlendChartData chart;
+        chart.tonnage = 1000;
+        BlendChartData::Row row;
+        row.element = elementIndex(Element::SiO2);
+        row.band = std::array<double, 2>{12, 15};
+        row.value = 12;
+        row.binding = BlendChartData::Binding::Minimum;
+        chart.rows = {row};
+        window.setChart(chart);
+        window.setChart(chart); // a second chart replaces the first
+        QCOMPARE(window.findChildren<BlendChartView*>().size(), qsizetype{1});
+        QCOMPARE(window.findChild<BlendChartView*>()->chart().rows.size(), std::size_t{1});
+        QVERIFY(window.writePdf(dir.filePath("chart.pdf")));
+        QCOMPARE(pdfPages(dir.filePath("chart.pdf")), 2);
+        // A report of several pages keeps them all, the chart after them.
+        ReportWindow longer("Results", longReport(200), ui);
+        QVERIFY(longer.writePdf(dir.filePath("long.pdf")));
+        const int textPages = pdfPages(dir.filePath("long.pdf"));
+        longer.setChart(chart);
+        QVERIFY(longer.writePdf(dir.filePath("long.pdf")));
+        QCOMPARE(pdfPages(dir.filePath("long.pdf")), textPages + 1);
+    }
+
 
     void unwritableTargetIsReported()
     {
