@@ -112,6 +112,24 @@ const QHash<int, QString>& table()
         {30307, QStringLiteral("The %1 table cannot be read: %2")},
         {30308, QStringLiteral("The four Actual stockpiles keep their Name and Source, and no other "
                                "stockpile may take them.")},
+        {30900, QStringLiteral("The database %1 is in use by another program, which holds its lock; nothing "
+                               "was written. Try again once that program has finished, or close it.")},
+        {30901, QStringLiteral("The database %1 is damaged or is not a database: %2")},
+        {30902, QStringLiteral("The database file %1 was replaced by another file, so nothing was written. "
+                               "Connect the project to its database again.")},
+        {30903, QStringLiteral("The database file %1 was deleted or replaced while this was being written to "
+                               "it: what was written is lost with it. Connect the project to its database "
+                               "again and check its records.")},
+        {30904,
+         QStringLiteral("The %1 has changed since the optimisation read it, so nothing was stored. Run "
+                        "the optimisation again.")},
+        {30905, QStringLiteral("The %1 is no longer in the database, so nothing was stored. Run the "
+                               "optimisation again.")},
+        {30906, QStringLiteral("The Blast table has changed since the combination analysis copied it (the "
+                               "%1 differs), so it was not updated. Close the Combine Blasts dialog and open "
+                               "it again.")},
+        {30907, QStringLiteral("The backup of %1 has changed since the list was shown (restored or deleted "
+                               "meanwhile), so nothing was restored. Open the list again.")},
     };
     return texts;
 }

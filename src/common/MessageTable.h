@@ -84,6 +84,15 @@ enum class Msg : int {
     RecordsNotDeleted,
     CannotReadTable,
     ActualStockpileKeyKept,
+    // Writing only on what was read, and saying where the database went (30900-30999).
+    DatabaseInUse = 30900,
+    DatabaseDamaged,
+    DatabaseFileReplaced,
+    DatabaseWriteLost,
+    SourceChanged,
+    SourceGone,
+    BlastTableChanged,
+    BackupChanged,
 };
 
 /// The exact text of a message with %1, %2, ... filled in from args (numbers are formatted by the
