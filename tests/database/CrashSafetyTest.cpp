@@ -19,7 +19,7 @@
 namespace kilnova {
 namespace {
 
-constexpr int kBlasts = 800;
+constexpr int kBlasts = 300;
 constexpr int kKills = 6;
 
 /// Kills a command at random moments while it writes, then checks that the database is sound and
