@@ -13,7 +13,7 @@ DEMO_OUT := $(BUILD)/demo
 PACKAGE_DIR ?= .
 PREFIX      ?= /usr/local
 
-.PHONY: all deps configure build test run bench format clean package install
+.PHONY: all deps configure build test run bench format clean package install test-sanitize fuzz fuzz-build
 
 all: build
 
@@ -28,6 +28,10 @@ build: configure
 
 test: build
 	@QT_QPA_PLATFORM=offscreen ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS)
+ifeq ($(CI),true)
+	@$(MAKE) --no-print-directory test-sanitize
+	@scripts/fuzz $(SANITIZE_BUILD) $(CI_FUZZ_SECONDS)
+endif
 
 # The place is checked first: a read-only one is said at once, not after the build.
 package:
@@ -48,8 +52,28 @@ bench: deps
 	@cmake --build $(BUILD)-bench -j $(JOBS)
 	@scripts/run-bench $(BUILD)-bench
 
+# Reliability: the whole suite under AddressSanitizer and UBSan, and the fuzz targets, built by clang
+# in a folder of their own. CI runs both (above); `make fuzz FUZZ_SECONDS=3600` fuzzes at length.
+SANITIZE_BUILD  ?= $(BUILD)-sanitize
+FUZZ_SECONDS    ?= 300
+CI_FUZZ_SECONDS ?= 20
+SANITIZER_ENV   := ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:check_initialization_order=1 \
+                   LSAN_OPTIONS=suppressions=$(CURDIR)/scripts/lsan.supp UBSAN_OPTIONS=print_stacktrace=1
+
+fuzz-build: deps
+	@cmake -S . -B $(SANITIZE_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER=clang++ \
+	  -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g1" -DKILNOVA_SANITIZE=ON -DKILNOVA_BUILD_FUZZ=ON $(CMAKE_ARGS) >/dev/null
+
+test-sanitize: fuzz-build
+	@$(SANITIZER_ENV) cmake --build $(SANITIZE_BUILD) -j $(JOBS)
+	@$(SANITIZER_ENV) QT_QPA_PLATFORM=offscreen ctest --test-dir $(SANITIZE_BUILD) --output-on-failure -j $(JOBS)
+
+fuzz: fuzz-build
+	@cmake --build $(SANITIZE_BUILD) -j $(JOBS) --target fuzz_targets
+	@scripts/fuzz $(SANITIZE_BUILD) $(FUZZ_SECONDS)
+
 format:
 	@find src tests bench -name '*.h' -o -name '*.cpp' | xargs clang-format -i
 
 clean:
-	@rm -rf $(BUILD) $(BUILD)-bench
+	@rm -rf $(BUILD) $(BUILD)-bench $(SANITIZE_BUILD)

@@ -1,5 +1,6 @@
 #include "combine/WorkingBlastTables.h"
 
+#include "common/MessageTable.h"
 #include "common/PrintfFormat.h"
 #include "database/DatabaseError.h"
 #include "database/ProjectDatabase.h"
@@ -7,6 +8,7 @@
 #include "database/Schema.h"
 #include "database/Transaction.h"
 
+#include <QCryptographicHash>
 #include <QSqlError>
 #include <QSqlQuery>
 
@@ -76,6 +78,41 @@ WorkingBlastTables::WorkingBlastTables(ProjectDatabase& db)
 {
 }
 
+std::vector<WorkingBlastTables::RowDigest> WorkingBlastTables::digests(Table table) const
+{
+    std::vector<RowDigest> rows;
+    QSqlQuery query =
+        mDb.exec(QStringLiteral("SELECT %1 FROM %2 ORDER BY rowid").arg(columnList(table), tableName(table)));
+    const int columns = static_cast<int>(Schema::table(table).columns.size());
+    while (query.next()) {
+        QCryptographicHash hash(QCryptographicHash::Sha1);
+        for (int c = 0; c < columns; ++c) {
+            const QVariant value = query.value(c);
+            // Numbers with every digit, so that any change of a value changes the digest.
+            hash.addData((value.typeId() == QMetaType::Double ? QString::number(value.toDouble(), 'g', 17)
+                                                              : value.toString())
+                             .toUtf8());
+            hash.addData(QByteArrayView("\x1F", 1));
+        }
+        rows.push_back({query.value(0).toString(), hash.result()});
+    }
+    return rows;
+}
+
+void WorkingBlastTables::requireUnchanged(Table table, const std::vector<RowDigest>& copied) const
+{
+    const std::vector<RowDigest> now = digests(table);
+    for (std::size_t i = 0; i < std::max(now.size(), copied.size()); ++i) {
+        if (i < now.size() && i < copied.size() && now[i] == copied[i])
+            continue;
+        const QString name = i < copied.size() ? copied[i].name : now[i].name;
+        throw DatabaseError(
+            message(Msg::BlastTableChanged,
+                    {QStringLiteral("%1 \"%2\"")
+                         .arg(table == Table::Blast ? "blast" : "deviations of blast", name)}));
+    }
+}
+
 void WorkingBlastTables::refresh()
 {
     Transaction transaction(mDb);
@@ -83,7 +120,11 @@ void WorkingBlastTables::refresh()
     deleteRows(mDb, Table::TempStdBlast);
     copyRows(mDb, Table::Blast, Table::TempBlast);
     copyRows(mDb, Table::StdBlast, Table::TempStdBlast);
+    std::vector<RowDigest> blasts = digests(Table::Blast);
+    std::vector<RowDigest> deviations = digests(Table::StdBlast);
     transaction.commit();
+    mCopiedBlasts = std::move(blasts);
+    mCopiedDeviations = std::move(deviations);
 }
 
 void WorkingBlastTables::clearBlasts()
@@ -98,6 +139,9 @@ void WorkingBlastTables::clearBlasts()
 WorkingBlastTables::WriteBack WorkingBlastTables::writeBack()
 {
     Transaction transaction(mDb);
+    // Blast is replaced whole: whatever changed in it since it was copied would be lost unseen.
+    requireUnchanged(Table::Blast, mCopiedBlasts.value_or(std::vector<RowDigest>{}));
+    requireUnchanged(Table::StdBlast, mCopiedDeviations.value_or(std::vector<RowDigest>{}));
     WriteBack counts;
     const auto count = [this](const QString& sql) {
         QSqlQuery query = mDb.exec(sql);

@@ -38,7 +38,8 @@ public:
 
     explicit WorkingBlastTables(ProjectDatabase& db);
 
-    /// Replaces both working copies with the permanent tables, column by column.
+    /// Replaces both working copies with the permanent tables, column by column, and remembers what
+    /// the permanent tables held.
     void refresh();
     /// Deletes every working blast; the working deviations are left as they are.
     void clearBlasts();
@@ -49,7 +50,9 @@ public:
         long added = 0;   ///< in the working copy only
     };
     /// Replaces Blast and stdBlast with the working copies; blasts taken out completely are gone.
-    /// Returns what changed in Blast.
+    /// Refuses, writing nothing, when Blast or stdBlast no longer hold what refresh() copied (another
+    /// program stored, imported or restored meanwhile): their changes would be lost. Returns what
+    /// changed in Blast.
     WriteBack writeBack();
 
     /// The working blasts with tonnes left (Quantity > 0), in table order, within the filter if any.
@@ -69,7 +72,20 @@ public:
     QStringList takeOut(const CSuccessfulComb& pair);
 
 private:
+    /// Every row of a table in table order, each as its name and a digest of all its values.
+    struct RowDigest {
+        QString name;
+        QByteArray digest;
+        bool operator==(const RowDigest&) const = default;
+    };
+    std::vector<RowDigest> digests(Table table) const;
+    /// Throws DatabaseError naming the first row that differs from what refresh() copied.
+    void requireUnchanged(Table table, const std::vector<RowDigest>& copied) const;
+
     ProjectDatabase& mDb;
+    /// What Blast and stdBlast held when they were copied; empty before the first refresh().
+    std::optional<std::vector<RowDigest>> mCopiedBlasts;
+    std::optional<std::vector<RowDigest>> mCopiedDeviations;
 };
 
 } // namespace kilnova

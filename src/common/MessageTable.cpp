@@ -171,6 +171,25 @@ const QHash<int, QString>& table()
         {31745,
          QStringLiteral("The Blast table now holds the working copies: %1 blast(s) changed, %2 deleted, "
                         "%3 added. The records they replaced were not backed up.")},
+
+        {31800, QStringLiteral("The database %1 is in use by another program, which holds its lock; nothing "
+                               "was written. Try again once that program has finished, or close it.")},
+        {31801, QStringLiteral("The database %1 is damaged or is not a database: %2")},
+        {31802, QStringLiteral("The database file %1 was replaced by another file, so nothing was written. "
+                               "Connect the project to its database again.")},
+        {31803, QStringLiteral("The database file %1 was deleted or replaced while this was being written to "
+                               "it: what was written is lost with it. Connect the project to its database "
+                               "again and check its records.")},
+        {31804,
+         QStringLiteral("The %1 has changed since the optimisation read it, so nothing was stored. Run "
+                        "the optimisation again.")},
+        {31805, QStringLiteral("The %1 is no longer in the database, so nothing was stored. Run the "
+                               "optimisation again.")},
+        {31806, QStringLiteral("The Blast table has changed since the combination analysis copied it (the "
+                               "%1 differs), so it was not updated. Close the Combine Blasts dialog and open "
+                               "it again.")},
+        {31807, QStringLiteral("The backup of %1 has changed since the list was shown (restored or deleted "
+                               "meanwhile), so nothing was restored. Open the list again.")},
     };
     return texts;
 }

@@ -121,6 +121,15 @@ enum class Msg : int {
     Restored,
     RestoreUnmatched,
     BlastTableUpdated,
+    // Writing only on what was read, and saying where the database went (31800-31899).
+    DatabaseInUse = 31800,
+    DatabaseDamaged,
+    DatabaseFileReplaced,
+    DatabaseWriteLost,
+    SourceChanged,
+    SourceGone,
+    BlastTableChanged,
+    BackupChanged,
 };
 
 /// The exact text of a message with %1, %2, ... filled in from args (numbers are formatted by the

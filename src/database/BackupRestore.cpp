@@ -4,8 +4,10 @@
 #include "database/DatabaseError.h"
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
+#include "database/SourceSnapshot.h"
 #include "database/Transaction.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace kilnova {
@@ -95,6 +97,16 @@ std::vector<Record> BackupRestore::restore(const std::vector<Record>& listed)
 {
     requireDatabaseFile(mDb);
     Transaction transaction(mDb);
+    // The list may be old: every row it shows must still be a backup, as shown, or nothing is done.
+    RecordTable backups(mDb, backupTable());
+    for (const Record& row : listed) {
+        const std::vector<Record> now = backups.findAll(row.key());
+        if (std::find(now.begin(), now.end(), row) == now.end())
+            throw DatabaseError(
+                message(Msg::BackupChanged,
+                        {SourceSnapshot::describe(mKind == Kind::Blasts ? Table::Blast : Table::Stockpile,
+                                                  row.key())}));
+    }
     std::vector<Record> restored;
     for (const Record& row : listed) {
         if (restoreOne(row))

@@ -25,7 +25,8 @@ public:
     /// Restores the listed rows, in order, in one transaction. A row is found by its Name (and Source
     /// for stockpiles); when several backups share the key, the one whose Quantity lies within 0.1
     /// of the listed Quantity. Returns the rows that were restored. Throws DatabaseError, also when
-    /// the database file is gone.
+    /// the database file is gone, and restores nothing when a listed row is no longer a backup as
+    /// listed (restored or deleted meanwhile by another program).
     std::vector<Record> restore(const std::vector<Record>& listed);
 
     /// Deletes every backup row: backup-Blast only for blasts (their deviations stay in

@@ -12,6 +12,10 @@
 #include <QSqlQuery>
 #include <QTemporaryFile>
 
+#include <sys/stat.h>
+
+#include <atomic>
+
 namespace kilnova {
 
 namespace {
@@ -22,12 +26,32 @@ QString nextConnectionName()
     return QStringLiteral("kilnova-%1").arg(counter.fetchAndAddRelaxed(1));
 }
 
-QString describe(const QSqlError& error)
+QString engineText(const QSqlError& error)
 {
     QString text = error.databaseText();
     if (text.isEmpty())
         text = error.driverText();
     return text;
+}
+
+/// The engine's result codes, as the driver reports them, for the failures a user must hear about
+/// in words of their own.
+constexpr int kBusy = 5;
+constexpr int kLocked = 6;
+constexpr int kCorrupt = 11;
+constexpr int kNotADatabase = 26;
+
+std::atomic<int> busyTimeout{5000};
+
+QString describeFor(const QString& path, const QSqlError& error)
+{
+    const int code = error.nativeErrorCode().toInt();
+    const QString file = QDir::toNativeSeparators(path);
+    if (code == kBusy || code == kLocked)
+        return message(Msg::DatabaseInUse, {file});
+    if (code == kCorrupt || code == kNotADatabase)
+        return message(Msg::DatabaseDamaged, {file, engineText(error)});
+    return engineText(error);
 }
 
 /// The tables a file must hold to be taken for a project database.
@@ -49,8 +73,32 @@ void checkSchema(ProjectDatabase& db)
 
 ProjectDatabase::ProjectDatabase(QString path, QSqlDatabase db)
     : mPath(std::move(path))
+    , mIdentity(identityOf(mPath))
     , mDb(std::move(db))
 {
+}
+
+std::optional<ProjectDatabase::FileIdentity> ProjectDatabase::identityOf(const QString& path)
+{
+    struct stat info;
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
+        return std::nullopt;
+    return FileIdentity{static_cast<quint64>(info.st_dev), static_cast<quint64>(info.st_ino)};
+}
+
+int ProjectDatabase::busyTimeoutMs()
+{
+    return busyTimeout.load();
+}
+
+void ProjectDatabase::setBusyTimeoutMs(int milliseconds)
+{
+    busyTimeout.store(milliseconds);
+}
+
+QString ProjectDatabase::describe(const QSqlError& error) const
+{
+    return describeFor(mPath, error);
 }
 
 ProjectDatabase::~ProjectDatabase()
@@ -84,9 +132,9 @@ QSqlDatabase ProjectDatabase::connect(const QString& path)
 {
     QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), nextConnectionName());
     db.setDatabaseName(path);
-    db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=2000"));
+    db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=%1").arg(busyTimeoutMs()));
     if (!db.open()) {
-        const QString reason = describe(db.lastError());
+        const QString reason = describeFor(path, db.lastError());
         const QString name = db.connectionName();
         db = QSqlDatabase();
         QSqlDatabase::removeDatabase(name);
@@ -212,9 +260,12 @@ long ProjectDatabase::count(Table table)
 
 std::optional<QString> ProjectDatabase::missingFileMessage() const
 {
-    if (QFileInfo::exists(mPath))
-        return std::nullopt;
-    return message(Msg::DatabaseFileGone, {QDir::toNativeSeparators(mPath)});
+    const std::optional<FileIdentity> now = identityOf(mPath);
+    if (!now)
+        return message(Msg::DatabaseFileGone, {QDir::toNativeSeparators(mPath)});
+    if (mIdentity && *now != *mIdentity)
+        return message(Msg::DatabaseFileReplaced, {QDir::toNativeSeparators(mPath)});
+    return std::nullopt;
 }
 
 } // namespace kilnova

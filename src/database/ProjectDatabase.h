@@ -49,15 +49,35 @@ public:
     /// Number of records of a table.
     long count(Table table);
 
-    /// SQLite goes on writing into a file deleted under it, and the work would be lost with it: every
-    /// writing command asks this first. The message to show once the file is gone, else nothing.
+    /// SQLite goes on writing into a file deleted or replaced under it, and the work would be lost
+    /// with it: every writing command asks this first, and every transaction before and after it
+    /// commits. The message to show once the file at the path is gone or is another file, else
+    /// nothing.
     std::optional<QString> missingFileMessage() const;
 
+    /// How long a statement of a connection opened from now on waits for another program's lock
+    /// before it gives up (5 s unless changed; tests that lock on purpose shorten it).
+    static int busyTimeoutMs();
+    static void setBusyTimeoutMs(int milliseconds);
+
+    /// The engine's error in words that name this database: locked by another program, damaged, or
+    /// the engine's own text.
+    QString describe(const QSqlError& error) const;
+
 private:
+    /// The identity of a file (device and inode), to tell it from another file put at the same path.
+    struct FileIdentity {
+        quint64 device = 0;
+        quint64 inode = 0;
+        bool operator==(const FileIdentity&) const = default;
+    };
+    static std::optional<FileIdentity> identityOf(const QString& path);
+
     ProjectDatabase(QString path, QSqlDatabase db);
     static QSqlDatabase connect(const QString& path);
 
     QString mPath;
+    std::optional<FileIdentity> mIdentity;
     QSqlDatabase mDb;
     /// Statements kept prepared for forEachRow; emptied before the connection closes.
     std::map<QString, std::unique_ptr<QSqlQuery>> mPrepared;

@@ -1,8 +1,10 @@
 #include "database/Transaction.h"
 
+#include "common/MessageTable.h"
 #include "database/DatabaseError.h"
 #include "database/ProjectDatabase.h"
 
+#include <QDir>
 #include <QSqlQuery>
 
 namespace kilnova {
@@ -27,8 +29,14 @@ Transaction::~Transaction()
 
 void Transaction::commit()
 {
+    // Whatever was written must land in the file the project names: a file deleted or replaced
+    // meanwhile would take it along unseen. Before the commit nothing is lost yet.
+    if (const std::optional<QString> gone = mDb.missingFileMessage())
+        throw DatabaseError(*gone);
     mDb.exec(QStringLiteral("COMMIT"));
     mOpen = false;
+    if (mDb.missingFileMessage())
+        throw DatabaseError(message(Msg::DatabaseWriteLost, {QDir::toNativeSeparators(mDb.path())}));
 }
 
 } // namespace kilnova

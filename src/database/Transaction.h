@@ -13,7 +13,9 @@ public:
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
 
-    /// Throws DatabaseError when the engine refuses (disk full, locked); the guard then rolls back.
+    /// Throws DatabaseError when the engine refuses (disk full, locked) or the database file is no
+    /// longer the one the project names; the guard then rolls back. Throws DatabaseError too when the
+    /// file went in the moment of the commit: what was written is lost with it, never a success.
     void commit();
 
 private:

@@ -112,10 +112,14 @@ QByteArray CompoundFile::sector(quint32 index) const
 
 std::vector<quint32> CompoundFile::chain(quint32 start, const std::vector<quint32>& table) const
 {
+    // Each sector at most once: a chain that loops is damaged, and is noticed before it has cost more
+    // than the table is long.
     std::vector<quint32> sectors;
+    std::vector<bool> seen(table.size(), false);
     for (quint32 s = start; s != kEndOfChain;) {
-        if (s >= table.size() || sectors.size() > table.size())
+        if (s >= table.size() || seen[s])
             damaged();
+        seen[s] = true;
         sectors.push_back(s);
         s = table[s];
     }
@@ -124,8 +128,10 @@ std::vector<quint32> CompoundFile::chain(quint32 start, const std::vector<quint3
 
 QByteArray CompoundFile::readChain(quint32 start, quint64 size) const
 {
+    const std::vector<quint32> sectors = chain(start, mFat);
     QByteArray bytes;
-    for (quint32 s : chain(start, mFat))
+    bytes.reserve(static_cast<qsizetype>(sectors.size()) * mSectorSize);
+    for (quint32 s : sectors)
         bytes += sector(s);
     if (size > 0) {
         if (size > static_cast<quint64>(bytes.size()))

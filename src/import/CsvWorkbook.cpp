@@ -3,19 +3,13 @@
 #include "common/Cp1252.h"
 #include "import/WorkbookError.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QStringDecoder>
 
 namespace kilnova {
 
-CsvWorkbook::CsvWorkbook(const QString& path)
-    : mSheetName(QFileInfo(path).completeBaseName())
+CsvWorkbook::CsvWorkbook(const QByteArray& bytes, const QString& sheetName)
+    : mSheetName(sheetName)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw WorkbookError(file.errorString());
-    const QByteArray bytes = file.readAll();
     if (bytes.contains('\0'))
         throw WorkbookError(QStringLiteral("it is not a text file."));
 
@@ -28,9 +22,17 @@ CsvWorkbook::CsvWorkbook(const QString& path)
 
     const QString firstLine = text.left(text.indexOf(u'\n'));
     const QChar separator = firstLine.contains(u';') && !firstLine.contains(u',') ? u';' : u',';
-    mRows = parse(text, separator);
-    for (const QStringList& row : mRows)
-        mColumns = std::max(mColumns, static_cast<int>(row.size()));
+    const std::vector<QStringList> rows = parse(text, separator);
+    if (rows.size() > static_cast<std::size_t>(CellStore::kMaxRows))
+        throw WorkbookError(QStringLiteral("it has more than %1 lines.").arg(CellStore::kMaxRows));
+    for (std::size_t r = 0; r < rows.size(); ++r) {
+        if (rows[r].size() > CellStore::kMaxColumns)
+            throw WorkbookError(QStringLiteral("its line %1 has more than %2 fields.")
+                                    .arg(r + 1)
+                                    .arg(CellStore::kMaxColumns));
+        for (qsizetype c = 0; c < rows[r].size(); ++c)
+            mCells.set(static_cast<int>(r), static_cast<int>(c), rows[r][c]);
+    }
 }
 
 std::vector<QStringList> CsvWorkbook::parse(const QString& text, QChar separator)
@@ -82,21 +84,11 @@ std::vector<QStringList> CsvWorkbook::parse(const QString& text, QChar separator
     return rows;
 }
 
-std::optional<CellArea> CsvWorkbook::usedArea(int)
+const CellStore& CsvWorkbook::cells(int sheet)
 {
-    if (mRows.empty() || mColumns == 0)
-        return std::nullopt;
-    return CellArea{0, 0, static_cast<int>(mRows.size()) - 1, mColumns - 1};
-}
-
-QVariant CsvWorkbook::cell(int, int row, int column)
-{
-    if (row < 0 || row >= static_cast<int>(mRows.size()))
-        return {};
-    const QStringList& fields = mRows[static_cast<std::size_t>(row)];
-    if (column < 0 || column >= fields.size() || fields[column].isEmpty())
-        return {};
-    return fields[column];
+    if (sheet != 0)
+        throw WorkbookError(QStringLiteral("its sheet %1 cannot be read.").arg(sheet + 1));
+    return mCells;
 }
 
 } // namespace kilnova

@@ -13,21 +13,19 @@ namespace kilnova {
 /// such, any other text as code page 1252. Every value is text; the importer converts numbers.
 class CsvWorkbook final : public Workbook {
 public:
-    /// Throws WorkbookError when the file cannot be read.
-    explicit CsvWorkbook(const QString& path);
+    /// The text of a file, its one sheet named sheetName. Throws WorkbookError when it is not text.
+    CsvWorkbook(const QByteArray& bytes, const QString& sheetName);
 
     QStringList sheetNames() const override { return {mSheetName}; }
     std::optional<SheetArea> definedName(const QString&) const override { return std::nullopt; }
-    std::optional<CellArea> usedArea(int sheet) override;
-    QVariant cell(int sheet, int row, int column) override;
+    const CellStore& cells(int sheet) override;
 
     /// The fields of CSV text, line by line.
     static std::vector<QStringList> parse(const QString& text, QChar separator);
 
 private:
     QString mSheetName;
-    std::vector<QStringList> mRows;
-    int mColumns = 0;
+    CellStore mCells;
 };
 
 } // namespace kilnova

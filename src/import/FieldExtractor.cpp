@@ -24,7 +24,9 @@ struct Terminated {
     explicit Terminated(QByteArrayView piece)
     {
         const qsizetype size = std::min<qsizetype>(piece.size(), sizeof text - 1);
-        std::memcpy(text, piece.data(), static_cast<std::size_t>(size));
+        // A field that starts beyond the end of the line is an empty view without data to copy.
+        if (size > 0)
+            std::memcpy(text, piece.data(), static_cast<std::size_t>(size));
         text[size] = '\0';
     }
 };

@@ -14,24 +14,45 @@ namespace kilnova {
 
 std::unique_ptr<Workbook> Workbook::open(const QString& path)
 {
-    const QFileInfo file(path);
-    if (!file.isFile())
+    const QFileInfo info(path);
+    if (!info.isFile())
         throw WorkbookError(QStringLiteral("there is no such file."));
-    const QString suffix = file.suffix().toLower();
-    if (suffix == QLatin1String("csv"))
-        return std::make_unique<CsvWorkbook>(path);
-    if (suffix != QLatin1String("xls") && suffix != QLatin1String("xlsx"))
+    const QString suffix = info.suffix().toLower();
+    const bool csv = suffix == QLatin1String("csv");
+    if (!csv && suffix != QLatin1String("xls") && suffix != QLatin1String("xlsx"))
         throw WorkbookError(
             QStringLiteral("only Excel workbooks (.xls, .xlsx) and comma-separated files (.csv) "
                            "can be imported."));
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw WorkbookError(file.errorString());
+    if (file.size() > kMaxFileSize)
+        throw WorkbookError(QStringLiteral("it is larger than %1 MB, more than a workbook of records holds.")
+                                .arg(kMaxFileSize / (1024 * 1024)));
+    QByteArray bytes = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        throw WorkbookError(file.errorString());
+    if (csv)
+        return fromBytes(std::move(bytes), Format::Csv, info.completeBaseName());
     // Excel opens a workbook whatever its extension says; so do we, by what the file starts with.
-    QFile start(path);
-    const QByteArray head = start.open(QIODevice::ReadOnly) ? start.read(8) : QByteArray();
-    if (CompoundFile::hasSignature(head))
-        return std::make_unique<XlsWorkbook>(path);
-    if (ZipArchive::hasSignature(head))
-        return std::make_unique<XlsxWorkbook>(path);
+    if (CompoundFile::hasSignature(bytes))
+        return fromBytes(std::move(bytes), Format::Xls);
+    if (ZipArchive::hasSignature(bytes))
+        return fromBytes(std::move(bytes), Format::Xlsx);
     throw WorkbookError(QStringLiteral("it is damaged or not an Excel workbook."));
+}
+
+std::unique_ptr<Workbook> Workbook::fromBytes(QByteArray bytes, Format format, const QString& sheetName)
+{
+    switch (format) {
+    case Format::Xls:
+        return std::make_unique<XlsWorkbook>(std::move(bytes));
+    case Format::Xlsx:
+        return std::make_unique<XlsxWorkbook>(std::move(bytes));
+    case Format::Csv:
+        break;
+    }
+    return std::make_unique<CsvWorkbook>(bytes, sheetName);
 }
 
 int Workbook::sheetIndex(const QString& name) const

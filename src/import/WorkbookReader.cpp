@@ -5,6 +5,9 @@
 
 #include <QLocale>
 
+#include <map>
+#include <set>
+
 namespace kilnova {
 
 namespace {
@@ -26,48 +29,46 @@ SheetData readArea(Workbook& workbook, int sheet, const CellArea& area, const QS
 {
     SheetData data;
     data.source = source;
-    const int columns = area.lastColumn - area.firstColumn + 1;
-    std::vector<QVariantList> rows;
-    std::vector<bool> columnUsed(static_cast<std::size_t>(columns), false);
-    QStringList headings;
-    for (int c = 0; c < columns; ++c) {
-        const QString heading =
-            WorkbookReader::cellText(workbook.cell(sheet, area.firstRow, area.firstColumn + c));
-        headings << heading;
-        columnUsed[static_cast<std::size_t>(c)] = !heading.trimmed().isEmpty();
-    }
-    for (int r = area.firstRow + 1; r <= area.lastRow; ++r) {
-        SheetData::Row row;
-        row.number = r + 1;
-        bool any = false;
-        for (int c = 0; c < columns; ++c) {
-            const QVariant value = workbook.cell(sheet, r, area.firstColumn + c);
-            const bool empty = isEmpty(value);
-            row.values << (empty ? QVariant() : value);
-            if (!empty) {
-                any = true;
-                columnUsed[static_cast<std::size_t>(c)] = true;
-            }
+    // Only the cells that hold a value are visited: a source reaching to the last column and row of a
+    // sheet costs no more than the cells in it.
+    const std::vector<CellStore::Cell> cells = workbook.cells(sheet).cellsIn(area);
+    std::map<int, QString> headings;
+    std::set<int> used;
+    for (const CellStore::Cell& cell : cells) {
+        if (cell.row == area.firstRow) {
+            const QString heading = WorkbookReader::cellText(*cell.value);
+            headings[cell.column] = heading;
+            if (!heading.trimmed().isEmpty())
+                used.insert(cell.column);
+        } else if (!isEmpty(*cell.value)) {
+            used.insert(cell.column);
         }
-        if (any)
-            data.rows.push_back(std::move(row));
     }
+    if (used.size() > static_cast<std::size_t>(WorkbookReader::kMaxColumns))
+        throw WorkbookError(
+            QStringLiteral("its source %1 has values in %2 columns; no table has more than %3.")
+                .arg(source)
+                .arg(used.size())
+                .arg(WorkbookReader::kMaxColumns));
 
-    std::vector<int> kept;
-    for (int c = 0; c < columns; ++c) {
-        if (!columnUsed[static_cast<std::size_t>(c)])
-            continue;
-        kept.push_back(c);
-        const QString heading = headings[c].trimmed();
-        data.headings << (heading.isEmpty() ? QStringLiteral("F%1").arg(c + 1) : heading);
+    std::map<int, int> position;
+    for (int column : used) {
+        position[column] = static_cast<int>(data.headings.size());
+        const QString heading = headings.count(column) ? headings[column].trimmed() : QString();
+        data.headings << (heading.isEmpty() ? QStringLiteral("F%1").arg(column - area.firstColumn + 1)
+                                            : heading);
     }
-    if (static_cast<int>(kept.size()) != columns) {
-        for (SheetData::Row& row : data.rows) {
-            QVariantList values;
-            for (int c : kept)
-                values << row.values[c];
-            row.values = values;
+    for (const CellStore::Cell& cell : cells) {
+        if (cell.row == area.firstRow || isEmpty(*cell.value))
+            continue;
+        if (data.rows.empty() || data.rows.back().number != cell.row + 1) {
+            SheetData::Row row;
+            row.number = cell.row + 1;
+            for (std::size_t c = 0; c < used.size(); ++c)
+                row.values << QVariant();
+            data.rows.push_back(std::move(row));
         }
+        data.rows.back().values[position[cell.column]] = *cell.value;
     }
     return data;
 }
@@ -94,7 +95,7 @@ SheetData WorkbookReader::read(Workbook& workbook, const QString& sourceName)
     if (sourceName.endsWith(u'$')) {
         const QString name = sourceName.chopped(1);
         const int sheet = requireSheet(workbook, name);
-        const std::optional<CellArea> used = workbook.usedArea(sheet);
+        const std::optional<CellArea> used = workbook.cells(sheet).usedArea();
         if (!used)
             return SheetData{name, {}, {}};
         return readArea(workbook, sheet, *used, name);

@@ -17,6 +17,10 @@ class WorkbookReader final {
 public:
     WorkbookReader() = delete;
 
+    /// A source with values in more columns than this is refused: no table has half as many, and an
+    /// .xls sheet cannot hold more.
+    static constexpr int kMaxColumns = 256;
+
     /// Throws WorkbookError.
     static SheetData read(const QString& path, const QString& sourceName);
     static SheetData read(Workbook& workbook, const QString& sourceName);

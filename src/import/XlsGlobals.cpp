@@ -1,9 +1,7 @@
 #include "import/XlsGlobals.h"
 
-#include "common/Cp1252.h"
+#include "import/BiffReader.h"
 #include "import/WorkbookError.h"
-
-#include <QtEndian>
 
 namespace kilnova {
 
@@ -15,82 +13,52 @@ constexpr quint16 kFilePass = 0x002F;
 constexpr quint16 kBoundSheet = 0x0085;
 constexpr quint16 kExternSheet = 0x0017;
 constexpr quint16 kName = 0x0018;
+constexpr quint16 kSst = 0x00FC;
 constexpr quint16 kBiff8Version = 0x0600;
 constexpr quint16 kBuiltInName = 0x0020;
 
-/// A reader over one record's data that never reads past its end.
-class Bytes {
-public:
-    Bytes(const char* data, int size)
-        : mData(data)
-        , mSize(size)
-    {
-    }
-    bool has(int count) const { return mPos + count <= mSize; }
-    quint8 u8() { return has(1) ? static_cast<quint8>(mData[mPos++]) : 0; }
-    quint16 u16()
-    {
-        if (!has(2))
-            return 0;
-        const quint16 v = qFromLittleEndian<quint16>(mData + mPos);
-        mPos += 2;
-        return v;
-    }
-    void skip(int count) { mPos = std::min(mSize, mPos + count); }
-    int position() const { return mPos; }
-
-    /// A BIFF8 string of known length: a flag byte, then one or two bytes per character.
-    QString biff8String(int characters)
-    {
-        const bool wide = u8() & 0x01;
-        if (wide) {
-            const int bytes = std::min(2 * characters, mSize - mPos);
-            const QString s = QString::fromUtf16(reinterpret_cast<const char16_t*>(mData + mPos), bytes / 2);
-            mPos += bytes;
-            return s;
-        }
-        return byteString(characters);
-    }
-
-    /// One code page 1252 byte per character, as BIFF5 stores text.
-    QString byteString(int characters)
-    {
-        const int bytes = std::min(characters, mSize - mPos);
-        const QString s = fromCp1252(QByteArrayView(mData + mPos, bytes));
-        mPos += bytes;
-        return s;
-    }
-
-private:
-    const char* mData;
-    int mSize;
-    int mPos = 0;
-};
+[[noreturn]] void notAWorkbook()
+{
+    throw WorkbookError(QStringLiteral("it is damaged or not an Excel 95/97 workbook."));
+}
 
 } // namespace
+
+void XlsGlobals::readSharedStrings(QByteArrayView stream, QByteArrayView first, qsizetype& offset)
+{
+    // The table goes on in CONTINUE records; a string may be cut anywhere between them.
+    std::vector<QByteArrayView> pieces{first};
+    for (qsizetype next = offset;;) {
+        const std::optional<BiffReader::Record> r = BiffReader::nextRecord(stream, next);
+        if (!r || r->type != BiffReader::kContinue)
+            break;
+        pieces.push_back(r->data);
+        offset = next;
+    }
+    BiffReader data(std::move(pieces));
+    data.skip(4); // references to strings in the cells
+    const quint32 unique = data.u32();
+    // The count is the file's word: strings are read while there are bytes, never reserved for.
+    for (quint32 i = 0; i < unique && data.hasMore() && !data.exhausted(); ++i)
+        mSharedStrings << data.biff8String(data.u16());
+}
 
 XlsGlobals XlsGlobals::read(const QByteArray& stream)
 {
     XlsGlobals globals;
     qsizetype offset = 0;
     bool first = true;
-    while (offset + 4 <= stream.size()) {
-        const quint16 type = qFromLittleEndian<quint16>(stream.constData() + offset);
-        const quint16 size = qFromLittleEndian<quint16>(stream.constData() + offset + 2);
-        if (offset + 4 + size > stream.size())
-            break;
-        Bytes data(stream.constData() + offset + 4, size);
-        offset += 4 + size;
-
+    while (const std::optional<BiffReader::Record> record = BiffReader::nextRecord(stream, offset)) {
+        BiffReader data(record->data);
         if (first) {
             // BIFF5 and BIFF8 both open with this record; older workbooks are not read.
-            if (type != kBof)
-                throw WorkbookError(QStringLiteral("it is damaged or not an Excel 95/97 workbook."));
+            if (record->type != kBof)
+                notAWorkbook();
             globals.mBiff8 = data.u16() == kBiff8Version;
             first = false;
             continue;
         }
-        switch (type) {
+        switch (record->type) {
         case kEof:
             return globals;
         case kFilePass:
@@ -98,19 +66,26 @@ XlsGlobals XlsGlobals::read(const QByteArray& stream)
             globals.mEncrypted = true;
             return globals;
         case kBoundSheet: {
-            data.skip(6); // stream position, visibility and kind
+            globals.mSheetOffsets.push_back(static_cast<qsizetype>(data.u32()));
+            data.skip(2); // visibility and kind
             const int characters = data.u8();
             globals.mSheetNames << (globals.mBiff8 ? data.biff8String(characters)
                                                    : data.byteString(characters));
             break;
         }
+        case kSst:
+            if (globals.mBiff8)
+                globals.readSharedStrings(stream, record->data, offset);
+            break;
         case kExternSheet:
             if (globals.mBiff8) {
                 const int count = data.u16();
-                for (int i = 0; i < count && data.has(6); ++i) {
+                for (int i = 0; i < count && !data.exhausted(); ++i) {
                     data.skip(2); // the supporting workbook, always this one for our names
-                    globals.mReferenceSheets.push_back(data.u16());
+                    const int sheet = data.u16();
                     data.skip(2);
+                    if (!data.exhausted())
+                        globals.mReferenceSheets.push_back(sheet);
                 }
             }
             break;
@@ -148,8 +123,15 @@ XlsGlobals XlsGlobals::read(const QByteArray& stream)
         }
     }
     if (first)
-        throw WorkbookError(QStringLiteral("it is damaged or not an Excel 95/97 workbook."));
+        notAWorkbook();
     return globals;
+}
+
+std::optional<QString> XlsGlobals::sharedString(quint32 index) const
+{
+    if (index >= static_cast<quint32>(mSharedStrings.size()))
+        return std::nullopt;
+    return mSharedStrings[static_cast<qsizetype>(index)];
 }
 
 std::optional<SheetArea> XlsGlobals::definedName(const QString& name) const

@@ -10,9 +10,9 @@
 
 namespace kilnova {
 
-/// What the workbook globals of an Excel 95/97 workbook stream tell beyond its cells: the sheets, the
-/// names defined for ranges, and whether the workbook is encrypted. The cells themselves are read by
-/// FreeXL, which does not expose the defined names.
+/// What the workbook globals of an Excel 95/97 workbook stream tell: the sheets and where their
+/// records start, the shared strings the cells point at, the names defined for ranges, and whether
+/// the workbook is encrypted.
 class XlsGlobals final {
 public:
     /// Reads the records from the start of the stream to the end of the globals. Throws WorkbookError
@@ -24,6 +24,10 @@ public:
     /// A password protects the workbook: its records are encrypted.
     bool isEncrypted() const { return mEncrypted; }
     const QStringList& sheetNames() const { return mSheetNames; }
+    /// Where the records of a sheet start in the workbook stream.
+    qsizetype sheetOffset(int sheet) const { return mSheetOffsets[static_cast<std::size_t>(sheet)]; }
+    /// The shared string of that index; nothing when the table has no such entry.
+    std::optional<QString> sharedString(quint32 index) const;
 
     /// The range a name stands for: a name of the workbook, or else a name of one of its sheets.
     /// Nothing when no such name exists. Throws WorkbookError when the name is not one block of cells.
@@ -39,9 +43,13 @@ private:
         CellArea area;
     };
 
+    void readSharedStrings(QByteArrayView stream, QByteArrayView first, qsizetype& offset);
+
     bool mBiff8 = false;
     bool mEncrypted = false;
     QStringList mSheetNames;
+    std::vector<qsizetype> mSheetOffsets;
+    QStringList mSharedStrings;
     /// The sheet each reference of a 3-D formula points at.
     std::vector<int> mReferenceSheets;
     std::vector<Name> mNames;

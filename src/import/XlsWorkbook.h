@@ -3,30 +3,26 @@
 #include "import/Workbook.h"
 #include "import/XlsGlobals.h"
 
+#include <map>
+
 namespace kilnova {
 
-/// An Excel 95/97 workbook (.xls): cells through FreeXL, defined names from the workbook's own
-/// records.
+/// An Excel 95/97 workbook (.xls): a compound file whose Workbook (or Book) stream holds the records
+/// of the globals and of each sheet. Everything is read by our own code from the bytes in memory,
+/// every count and length checked against what is there.
 class XlsWorkbook final : public Workbook {
 public:
     /// Throws WorkbookError for a damaged, encrypted or foreign file.
-    explicit XlsWorkbook(const QString& path);
-    ~XlsWorkbook() override;
-    XlsWorkbook(const XlsWorkbook&) = delete;
-    XlsWorkbook& operator=(const XlsWorkbook&) = delete;
+    explicit XlsWorkbook(QByteArray bytes);
 
-    QStringList sheetNames() const override { return mSheetNames; }
+    QStringList sheetNames() const override { return mGlobals.sheetNames(); }
     std::optional<SheetArea> definedName(const QString& name) const override;
-    std::optional<CellArea> usedArea(int sheet) override;
-    QVariant cell(int sheet, int row, int column) override;
+    const CellStore& cells(int sheet) override;
 
 private:
-    void select(int sheet);
-
+    QByteArray mStream;
     XlsGlobals mGlobals;
-    const void* mHandle = nullptr;
-    QStringList mSheetNames;
-    int mSelected = -1;
+    std::map<int, CellStore> mSheets;
 };
 
 } // namespace kilnova

@@ -2,14 +2,11 @@
 
 #include "import/WorkbookError.h"
 
-#include <QFile>
 #include <QXmlStreamReader>
 
 namespace kilnova {
 
 namespace {
-
-constexpr qint64 kColumnsPerRow = 1 << 14;
 
 [[noreturn]] void damaged(const QString& part)
 {
@@ -79,12 +76,8 @@ QString textOf(QXmlStreamReader& reader)
 
 } // namespace
 
-XlsxWorkbook::XlsxWorkbook(const QString& path)
+XlsxWorkbook::XlsxWorkbook(QByteArray bytes)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw WorkbookError(file.errorString());
-    QByteArray bytes = file.readAll();
     if (!ZipArchive::hasSignature(bytes))
         throw WorkbookError(QStringLiteral("it is damaged or not an Excel workbook."));
     mZip = std::make_unique<ZipArchive>(std::move(bytes));
@@ -212,6 +205,8 @@ XlsxWorkbook::Sheet& XlsxWorkbook::loaded(int index)
             const QXmlStreamAttributes a = reader.attributes();
             const QStringView r = a.value(QLatin1String("r"));
             row = r.isEmpty() ? row + 1 : r.toInt() - 1;
+            if (row < 0 || row >= CellStore::kMaxRows)
+                damaged(sheet.part);
             column = -1;
         } else if (reader.name() == QLatin1String("c")) {
             const QXmlStreamAttributes a = reader.attributes();
@@ -222,7 +217,7 @@ XlsxWorkbook::Sheet& XlsxWorkbook::loaded(int index)
             } else {
                 ++column;
             }
-            if (row < 0 || column < 0 || column >= kColumnsPerRow)
+            if (row < 0 || row >= CellStore::kMaxRows || column < 0 || column >= CellStore::kMaxColumns)
                 damaged(sheet.part);
             QString raw;
             bool hasValue = false;
@@ -253,9 +248,7 @@ XlsxWorkbook::Sheet& XlsxWorkbook::loaded(int index)
                 const double number = raw.toDouble(&ok);
                 value = ok ? QVariant(number) : QVariant(raw);
             }
-            sheet.cells.insert(row * kColumnsPerRow + column, value);
-            sheet.lastRow = std::max(sheet.lastRow, row);
-            sheet.lastColumn = std::max(sheet.lastColumn, column);
+            sheet.cells.set(row, column, std::move(value));
         }
     }
     if (reader.hasError())
@@ -264,17 +257,9 @@ XlsxWorkbook::Sheet& XlsxWorkbook::loaded(int index)
     return sheet;
 }
 
-std::optional<CellArea> XlsxWorkbook::usedArea(int sheet)
+const CellStore& XlsxWorkbook::cells(int sheet)
 {
-    const Sheet& s = loaded(sheet);
-    if (s.lastRow < 0)
-        return std::nullopt;
-    return CellArea{0, 0, s.lastRow, s.lastColumn};
-}
-
-QVariant XlsxWorkbook::cell(int sheet, int row, int column)
-{
-    return loaded(sheet).cells.value(static_cast<qint64>(row) * kColumnsPerRow + column);
+    return loaded(sheet).cells;
 }
 
 } // namespace kilnova

@@ -15,21 +15,18 @@ namespace kilnova {
 class XlsxWorkbook final : public Workbook {
 public:
     /// Throws WorkbookError for a damaged, encrypted or foreign file.
-    explicit XlsxWorkbook(const QString& path);
+    explicit XlsxWorkbook(QByteArray bytes);
 
     QStringList sheetNames() const override;
     std::optional<SheetArea> definedName(const QString& name) const override;
-    std::optional<CellArea> usedArea(int sheet) override;
-    QVariant cell(int sheet, int row, int column) override;
+    const CellStore& cells(int sheet) override;
 
 private:
     struct Sheet {
         QString name;
         QString part;
         bool loaded = false;
-        QHash<qint64, QVariant> cells;
-        int lastRow = -1;
-        int lastColumn = -1;
+        CellStore cells;
     };
     struct Name {
         QString name;

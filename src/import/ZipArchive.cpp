@@ -16,8 +16,8 @@ constexpr quint32 kDirectoryEntry = 0x02014b50;
 constexpr quint32 kLocalHeader = 0x04034b50;
 constexpr int kStored = 0;
 constexpr int kDeflated = 8;
-/// A workbook part larger than this is not a spreadsheet we can hold.
-constexpr quint32 kMaxMemberSize = 512u * 1024 * 1024;
+/// Deflate never packs more than 1032 bytes into one; a member that claims more is a bomb.
+constexpr quint64 kMaxDeflateRatio = 1032;
 
 [[noreturn]] void damaged()
 {
@@ -101,8 +101,20 @@ std::optional<QByteArray> ZipArchive::read(const QString& name) const
         damaged();
     const qsizetype data = member->localHeader + 30 + u16(mBytes, member->localHeader + 26) +
                            u16(mBytes, member->localHeader + 28);
-    if (data + member->compressedSize > mBytes.size() || member->size > kMaxMemberSize)
+    if (data + member->compressedSize > mBytes.size())
         damaged();
+    // Sizes are checked before anything is allocated: the directory is the file's word, not ours.
+    if (member->size > kMaxMemberSize || mUnpacked + member->size > kMaxUnpacked)
+        throw WorkbookError(
+            QStringLiteral("its part %1 unpacks to more than %2 MB, more than a workbook of "
+                           "records holds.")
+                .arg(name)
+                .arg((member->size > kMaxMemberSize ? kMaxMemberSize : kMaxUnpacked) / (1024 * 1024)));
+    if ((member->method == kStored && member->size != member->compressedSize) ||
+        (member->method == kDeflated &&
+         static_cast<quint64>(member->size) > kMaxDeflateRatio * member->compressedSize + 64))
+        damaged();
+    mUnpacked += member->size;
 
     QByteArray content;
     if (member->method == kStored) {

@@ -12,6 +12,11 @@ namespace kilnova {
 /// Stored and deflated members are read; each is checked against its CRC.
 class ZipArchive final {
 public:
+    /// No part of a workbook of records comes near these; a larger one is refused before it is
+    /// unpacked.
+    static constexpr quint32 kMaxMemberSize = 256u * 1024 * 1024;
+    static constexpr quint64 kMaxUnpacked = 512u * 1024 * 1024;
+
     /// Throws WorkbookError when the bytes are not a zip file or its directory is damaged.
     explicit ZipArchive(QByteArray bytes);
 
@@ -34,6 +39,8 @@ private:
 
     QByteArray mBytes;
     std::vector<Member> mMembers;
+    /// What the parts read so far unpacked to, against kMaxUnpacked.
+    mutable quint64 mUnpacked = 0;
 };
 
 } // namespace kilnova

@@ -262,8 +262,11 @@ SourceUpdate::Blend BlastOptimization::blendOf(const Result& result)
 std::vector<SourceUpdate::Take> BlastOptimization::takesOf(const Result& result)
 {
     std::vector<SourceUpdate::Take> takes;
-    for (std::size_t j = 0; j < result.request.sources.size(); ++j)
-        takes.push_back({Table::Blast, {result.request.sources[j].name, {}}, result.outcome.tonnes(j)});
+    for (std::size_t j = 0; j < result.request.sources.size(); ++j) {
+        const BLAST& blast = result.request.sources[j];
+        takes.push_back(
+            {Table::Blast, {blast.name, {}}, result.outcome.tonnes(j), blast.tonnage, blast.values});
+    }
     return takes;
 }
 

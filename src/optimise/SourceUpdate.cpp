@@ -6,6 +6,7 @@
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
 #include "database/Schema.h"
+#include "database/SourceSnapshot.h"
 #include "database/Transaction.h"
 #include "optimise/StoreRefused.h"
 
@@ -37,6 +38,16 @@ StoreSummary SourceUpdate::store(ProjectDatabase& db, const Blend& blend, const 
     summary.tonnage = blend.tonnage;
     summary.subtracted = subtract;
     DuplicateNamePolicy::apply(db, blend.table, blend.name, onDuplicate, summary);
+
+    // Under the write lock, so that what is checked cannot change before it is written.
+    SourceSnapshot read;
+    for (const Take& take : takes)
+        read.add(take.table, take.key, take.available, take.analysis);
+    try {
+        read.verify(db);
+    } catch (const SourceSnapshot::Changed& changed) {
+        throw DatabaseError(message(changed.gone() ? Msg::SourceGone : Msg::SourceChanged, {changed.row()}));
+    }
 
     Record record(blend.table);
     record.setValue(QStringLiteral("Name"), blend.name);

@@ -24,10 +24,14 @@ public:
         std::array<double, kElementCount> values{};
     };
 
+    /// One source of the optimisation: the tonnes the blend takes from it, and what the optimisation
+    /// read of it. Every source is checked against what was read before anything is written.
     struct Take {
         Table table; ///< the source's table
         RecordKey key;
         double tonnes = 0.0;
+        double available = 0.0; ///< the Quantity the optimisation read
+        Analysis analysis{};    ///< the analysis the optimisation read
     };
 
     /// Tonnes taken at or below this leave a source untouched.
@@ -38,9 +42,12 @@ public:
     /// Where a source table's rows are backed up before they change (none for crudes and coals).
     static std::optional<Table> backupOf(Table source);
 
-    /// All of it in one transaction, or nothing. A source that is no longer there is skipped. A name
-    /// the blend's table holds already is dealt with as onDuplicate says (StoreRefused by default).
-    /// Throws DatabaseError, also when the database file is gone, and StoreRefused.
+    /// All of it in one transaction, or nothing. The transaction first checks that every source still
+    /// holds the tonnage and analysis the optimisation read (so a second store computed on the same
+    /// sources stores nothing); then a source whose row is not there is skipped. A name the blend's
+    /// table holds already is dealt with as onDuplicate says (StoreRefused by default). Throws
+    /// DatabaseError, also when the database file is gone or another program holds it, and with a
+    /// message naming the source when one has changed; and StoreRefused.
     static StoreSummary store(ProjectDatabase& db, const Blend& blend, const std::vector<Take>& takes,
                               bool subtract,
                               DuplicateNamePolicy::Choice onDuplicate = DuplicateNamePolicy::Choice::Refuse);

@@ -8,6 +8,8 @@
 #include <QFile>
 #include <QSaveFile>
 
+#include <cmath>
+
 namespace kilnova {
 
 namespace {
@@ -26,14 +28,38 @@ void writeChemistry(ArchiveWriter& out, const ChemEquationCoefficients& c)
     out.writeInt32(c.C3SUseFreeLime);
 }
 
+/// A coefficient every computed value goes through: one that is not a number would make every value
+/// computed from it "missing", and the user would look for the fault in the records.
+float readSetting(ArchiveReader& in, const char* setting)
+{
+    const qsizetype at = in.position();
+    const float value = in.readFloat();
+    if (!std::isfinite(value))
+        throw ArchiveError(QStringLiteral("the setting \"%1\" is %2, not a number, at byte %3")
+                               .arg(QLatin1StringView(setting), QString::number(value))
+                               .arg(at));
+    return value;
+}
+
 void readChemistry(ArchiveReader& in, ChemEquationCoefficients& c)
 {
-    for (float* v : {&c.C2SCaO, &c.C2SSiO2, &c.C2SAl2O3, &c.C2SFe2O3})
-        *v = in.readFloat();
+    const std::pair<float*, const char*> c2s[] = {{&c.C2SCaO, "C2S: CaO coefficient"},
+                                                  {&c.C2SSiO2, "C2S: SiO2 coefficient"},
+                                                  {&c.C2SAl2O3, "C2S: Al2O3 coefficient"},
+                                                  {&c.C2SFe2O3, "C2S: Fe2O3 coefficient"}};
+    for (const auto& [v, setting] : c2s)
+        *v = readSetting(in, setting);
     c.C2SUseFreeLime = in.readInt32();
-    for (float* v : {&c.C3AAl2O3, &c.C3AFe2O3, &c.NaEqK2O, &c.NaEqNa2O, &c.C4AFFe2O3, &c.LSFCaO, &c.LSFSiO2,
-                     &c.LSFAl2O3, &c.LSFFe2O3, &c.C3SCaO, &c.C3SSiO2, &c.C3SAl2O3, &c.C3SFe2O3})
-        *v = in.readFloat();
+    const std::pair<float*, const char*> rest[] = {
+        {&c.C3AAl2O3, "C3A: Al2O3 coefficient"},   {&c.C3AFe2O3, "C3A: Fe2O3 coefficient"},
+        {&c.NaEqK2O, "NaEq: K2O coefficient"},     {&c.NaEqNa2O, "NaEq: Na2O coefficient"},
+        {&c.C4AFFe2O3, "C4AF: Fe2O3 coefficient"}, {&c.LSFCaO, "LSF: CaO coefficient"},
+        {&c.LSFSiO2, "LSF: SiO2 coefficient"},     {&c.LSFAl2O3, "LSF: Al2O3 coefficient"},
+        {&c.LSFFe2O3, "LSF: Fe2O3 coefficient"},   {&c.C3SCaO, "C3S: CaO coefficient"},
+        {&c.C3SSiO2, "C3S: SiO2 coefficient"},     {&c.C3SAl2O3, "C3S: Al2O3 coefficient"},
+        {&c.C3SFe2O3, "C3S: Fe2O3 coefficient"}};
+    for (const auto& [v, setting] : rest)
+        *v = readSetting(in, setting);
     c.C3SUseFreeLime = in.readInt32();
 }
 
@@ -91,9 +117,16 @@ ProjectFile::Loaded ProjectFile::parse(const QByteArray& bytes)
     readSection("blast import specification", [&] { s.blastImportSpec = readImportSpec(in); });
     readSection("clinker process parameters", [&] {
         ClinkerProcessParameters& p = s.clinkerProcess;
-        for (float* v : {&p.FixedLOI, &p.SO3InClinker, &p.K2OInClinker, &p.Na2OInClinker,
-                         &p.EnergyConsumptionFactor, &p.AshRecoveryFactor, &p.FreeLime})
-            *v = in.readFloat();
+        const std::pair<float*, const char*> settings[] = {
+            {&p.FixedLOI, "Fixed LOI"},
+            {&p.SO3InClinker, "SO3 in clinker"},
+            {&p.K2OInClinker, "K2O in clinker"},
+            {&p.Na2OInClinker, "Na2O in clinker"},
+            {&p.EnergyConsumptionFactor, "energy consumption factor"},
+            {&p.AshRecoveryFactor, "ash recovery factor"},
+            {&p.FreeLime, "free lime"}};
+        for (const auto& [v, setting] : settings)
+            *v = readSetting(in, setting);
     });
     readSection("blast optimisation settings", [&] { s.blastOptimization.load(in); });
     readSection("stockpile optimisation settings", [&] { s.stockpileOptimization.load(in); });
@@ -108,7 +141,7 @@ ProjectFile::Loaded ProjectFile::parse(const QByteArray& bytes)
         loaded.chemistryDefaulted = true;
         return loaded;
     }
-    readChemistry(in, s.chemistry);
+    readSection("chemical equation parameters", [&] { readChemistry(in, s.chemistry); });
     if (!in.atEnd()) {
         throw ProjectFileError(
             damaged(QStringLiteral("%1 unexpected bytes follow the chemical equation parameters")

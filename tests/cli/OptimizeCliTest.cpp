@@ -1,4 +1,5 @@
 #include "CliFixture.h"
+#include "common/MessageTable.h"
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
 #include "project/ProjectFile.h"
@@ -11,6 +12,9 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
 
 namespace kilnova {
 namespace {
@@ -134,6 +138,48 @@ TEST_F(OptimizeCliTest, ANameTakenIsRefusedUnlessADuplicateIsAllowed)
     EXPECT_EQ(actual[0].text("Source"), "Actual") << "the Actual stockpile is as it was";
     EXPECT_EQ(actual[0].number("Quantity"), 0.0);
     EXPECT_EQ(RecordTable(*db, Table::Blast).find({"B1", {}})->number("Quantity"), 1000.0);
+}
+
+TEST_F(OptimizeCliTest, OfSeveralStoresStartedTogetherOneStoresAndTheOthersRefuse)
+{
+    // Each computes the same blend from the same blasts; once one has taken its tonnes, the blend
+    // of every other rests on tonnes that are gone.
+    constexpr int kRuns = 6;
+    std::vector<std::unique_ptr<QProcess>> runs;
+    for (int i = 0; i < kRuns; ++i) {
+        auto p = std::make_unique<QProcess>();
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("XDG_DATA_HOME", mDir.filePath(QStringLiteral("data%1").arg(i)));
+        p->setProcessEnvironment(env);
+        p->start(KILNOVA_CLI, {"optimize", "blasts", mDir.filePath("plant.knv"), "--store",
+                               QStringLiteral("Pile %1").arg(i), "--subtract"});
+        runs.push_back(std::move(p));
+    }
+    int stored = 0;
+    const QString file = QDir::toNativeSeparators(mDir.filePath("plant.kndb"));
+    const QStringList refusals = {message(Msg::SourceChanged, {"blast \"B1\""}),
+                                  message(Msg::SourceChanged, {"blast \"B2\""}),
+                                  message(Msg::DatabaseInUse, {file}), message(Msg::Infeasible)};
+    for (auto& p : runs) {
+        ASSERT_TRUE(p->waitForFinished(60000));
+        const QString err = QString::fromUtf8(p->readAllStandardError());
+        if (p->exitCode() == 0) {
+            ++stored;
+            continue;
+        }
+        EXPECT_EQ(p->exitCode(), 1) << err.toStdString();
+        EXPECT_TRUE(std::any_of(refusals.begin(), refusals.end(), [&err](const QString& r) {
+            return err.contains(r);
+        })) << err.toStdString();
+    }
+    EXPECT_EQ(stored, 1);
+
+    // The tonnes of one blend, taken once.
+    auto db = ProjectDatabase::open(mDir.filePath("plant.kndb"));
+    EXPECT_EQ(db->count(Table::Stockpile), 4 + 1);
+    EXPECT_NEAR(RecordTable(*db, Table::Blast).find({"B1", {}})->number("Quantity"), 200.0, 1e-6);
+    EXPECT_NEAR(RecordTable(*db, Table::Blast).find({"B2", {}})->number("Quantity"), 800.0, 1e-6);
+    EXPECT_EQ(db->count(Table::BackupBlast), 2);
 }
 
 } // namespace

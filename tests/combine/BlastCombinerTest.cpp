@@ -301,6 +301,40 @@ TEST_F(BlastCombinerTest, UpdateBlastTableThatFailsLeavesBlastAsItWas)
     EXPECT_TRUE(mUi.messages[0].details.contains("disk full"));
 }
 
+TEST_F(BlastCombinerTest, UpdateBlastTableRefusesWhenBlastChangedSinceItWasCopied)
+{
+    struct Case {
+        const char* what;
+        const char* sql;
+        const char* changed;
+    };
+    // Each a change another program makes while the dialog is open; writing the working copy back
+    // would undo it unseen.
+    const Case cases[] = {
+        {"a store took tonnes", "UPDATE [Blast] SET [Quantity] = 400 WHERE [Name] = 'B2'", "blast \"B2\""},
+        {"an import added a blast", "INSERT INTO [Blast] ([Name]) VALUES ('B9')", "blast \"B9\""},
+        {"a blast was deleted", "DELETE FROM [Blast] WHERE [Name] = 'B1'", "blast \"B1\""},
+        {"deviations were restored", "UPDATE [stdBlast] SET [SiO2] = 2 WHERE [Name] = 'B3'",
+         "deviations of blast \"B3\""},
+    };
+    for (const Case& c : cases) {
+        rawExec("DELETE FROM [Blast]");
+        mUi = {};
+        addSeries();
+        BlastCombiner combiner(*mDb, sio2Target(), mUi);
+        ASSERT_TRUE(combiner.open());
+        ASSERT_TRUE(combiner.applyResults(CSuccessfulComb{{"B3", "O'Neill"}, {300, 300}}, 2));
+        ASSERT_EQ(rawExec(c.sql), QString()) << c.what;
+        const std::vector<Record> before = RecordTable(*mDb, Table::Blast).all();
+
+        mUi.yesNoAnswers = {true};
+        EXPECT_FALSE(combiner.updateBlastTable()) << c.what;
+        ASSERT_EQ(mUi.messages.size(), 1u) << c.what;
+        EXPECT_EQ(mUi.messages[0].details, message(Msg::BlastTableChanged, {c.changed})) << c.what;
+        EXPECT_EQ(RecordTable(*mDb, Table::Blast).all(), before) << c.what;
+    }
+}
+
 TEST_F(BlastCombinerTest, VanishedDatabaseFileIsToldAndNothingIsWrittenIntoIt)
 {
     addSeries();

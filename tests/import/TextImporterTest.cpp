@@ -3,10 +3,15 @@
 #include "import/LineReader.h"
 #include "import/TextImporter.h"
 
+#include "common/MessageTable.h"
+
 #include <QBuffer>
+#include <QDir>
 #include <QFile>
 
 #include <gtest/gtest.h>
+
+#include <functional>
 
 namespace kilnova {
 namespace {
@@ -219,6 +224,70 @@ TEST(TextImporter, RecognisesABinaryFileByItsZeroBytes)
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         EXPECT_EQ(TextImporter::looksLikeText(file), text) << name;
         EXPECT_EQ(file.pos(), 0) << "the check reads nothing away";
+    }
+}
+
+} // namespace
+} // namespace kilnova
+
+namespace kilnova {
+namespace {
+
+/// A file whose reading goes on while, half-way through, the database file is deleted or replaced.
+class PullingTheRug : public QBuffer {
+public:
+    PullingTheRug(const QByteArray& content, qint64 at, std::function<void()> rug)
+        : mAt(at)
+        , mRug(std::move(rug))
+    {
+        setData(content);
+        open(QIODevice::ReadOnly);
+    }
+
+protected:
+    qint64 readData(char* data, qint64 size) override
+    {
+        if (pos() >= mAt && mRug) {
+            mRug();
+            mRug = nullptr;
+        }
+        return QBuffer::readData(data, std::min<qint64>(size, 4096));
+    }
+
+private:
+    qint64 mAt;
+    std::function<void()> mRug;
+};
+
+TEST_F(TextImporterTest, ADatabaseFileDeletedOrReplacedDuringALongImportIsReportedAsLost)
+{
+    QByteArray content;
+    for (int i = 0; i < 5000; ++i)
+        content += QStringLiteral("L%1\n").arg(i, 5, 10, QLatin1Char('0')).toLatin1();
+    const QString file = mDb->path();
+    struct Case {
+        const char* what;
+        std::function<void()> rug;
+        Msg message;
+    };
+    const Case cases[] = {
+        {"deleted", [file] { QFile::remove(file); }, Msg::DatabaseFileGone},
+        {"replaced",
+         [file] {
+             QFile::copy(file, file + ".old");
+             QFile::remove(file);
+             QFile::rename(file + ".old", file);
+         },
+         Msg::DatabaseFileReplaced},
+    };
+    for (const Case& c : cases) {
+        SetUp(); // a database of its own
+        PullingTheRug device(content, content.size() / 2, c.rug);
+        const ImportResult result =
+            TextImporter(ImportTarget::Blast, mBlastSpec, mStockpileSpec).import(*mDb, device);
+        EXPECT_TRUE(result.nothingKept) << c.what;
+        EXPECT_EQ(result.count, 0) << c.what;
+        EXPECT_EQ(result.reason, message(c.message, {QDir::toNativeSeparators(mDb->path())})) << c.what;
     }
 }
 

@@ -32,7 +32,7 @@ protected:
     }
 
     static SourceUpdate::Blend blend() { return {Table::Stockpile, {}, 300.0, {}}; }
-    static std::vector<SourceUpdate::Take> takes() { return {{Table::Blast, {"B1", {}}, 300.0}}; }
+    std::vector<SourceUpdate::Take> takes() const { return {takeAsRead(Table::Blast, {"B1", {}}, 300.0)}; }
 
     /// (Source, Quantity) of every stockpile named like "pile 7", in table order.
     std::vector<std::pair<QString, double>> piles7() const

@@ -40,13 +40,17 @@ protected:
         return b;
     }
 
+    SourceUpdate::Take take(const char* blast, double tonnes) const
+    {
+        return takeAsRead(Table::Blast, {blast, {}}, tonnes);
+    }
+
     std::vector<SourceUpdate::Take> takes() const
     {
-        return {{Table::Blast, {"B1", {}}, 200.0},   // leaves 800
-                {Table::Blast, {"B2", {}}, 100.0},   // leaves 0.1: deleted
-                {Table::Blast, {"B3", {}}, 100.0},   // leaves 0.11: kept
-                {Table::Blast, {"B4", {}}, 0.00005}, // negligible: untouched, no backup
-                {Table::Blast, {"Gone", {}}, 10.0}}; // deleted meanwhile: skipped
+        return {take("B1", 200.0),    // leaves 800
+                take("B2", 100.0),    // leaves 0.1: deleted
+                take("B3", 100.0),    // leaves 0.11: kept
+                take("B4", 0.00005)}; // negligible: untouched, no backup
     }
 
     std::optional<double> quantity(const QString& name) const
@@ -131,14 +135,15 @@ TEST_F(SourceUpdateTest, AFailureHalfWayLeavesEveryTableAsBefore)
 
 TEST_F(SourceUpdateTest, AVanishedDatabaseFileIsReportedAndNothingIsWritten)
 {
-    SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 200.0}}, true);
+    SourceUpdate::store(*mDb, blend(), {take("B1", 200.0)}, true);
+    const std::vector<SourceUpdate::Take> later = takes();
     ASSERT_TRUE(QFile::remove(mDb->path()));
     const QString gone = message(Msg::DatabaseFileGone, {QDir::toNativeSeparators(mDb->path())});
 
     test::ScriptedPrompt ui;
     ui.textAnswers = {QStringLiteral("Pile 8")};
     ui.yesNoAnswers = {true};
-    EXPECT_FALSE(SourceUpdate::storeAsking(*mDb, ui, "Enter a name for this stockpile", blend(), takes()));
+    EXPECT_FALSE(SourceUpdate::storeAsking(*mDb, ui, "Enter a name for this stockpile", blend(), later));
     EXPECT_EQ(ui.messageTexts(), QStringList{gone});
 
     auto refuses = [&gone](const std::function<void()>& write) {
@@ -152,7 +157,7 @@ TEST_F(SourceUpdateTest, AVanishedDatabaseFileIsReportedAndNothingIsWritten)
     BackupRestore restore(*mDb, BackupRestore::Kind::Blasts);
     refuses([&] { restore.restore(restore.rows()); });
     refuses([&] { restore.deleteBackups(); });
-    refuses([&] { SourceUpdate::store(*mDb, blend(), takes(), true); });
+    refuses([&] { SourceUpdate::store(*mDb, blend(), later, true); });
     // What the connection still sees is as it was.
     EXPECT_EQ(mDb->count(Table::Stockpile), 5);
     EXPECT_EQ(quantity("B1"), 800.0);
@@ -162,9 +167,8 @@ TEST_F(SourceUpdateTest, AVanishedDatabaseFileIsReportedAndNothingIsWritten)
 TEST_F(SourceUpdateTest, RestoreChoosesTheBackupByQuantityAndRecreatesDeletedBlasts)
 {
     // Two takes from B1 leave backups at 1000 and 800; B2 is deleted after its backup.
-    SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 200.0}, {Table::Blast, {"B2", {}}, 100.0}},
-                        true);
-    SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 300.0}}, true,
+    SourceUpdate::store(*mDb, blend(), {take("B1", 200.0), take("B2", 100.0)}, true);
+    SourceUpdate::store(*mDb, blend(), {take("B1", 300.0)}, true,
                         DuplicateNamePolicy::Choice::KeepBoth);
     ASSERT_EQ(quantity("B1"), 500.0);
 
@@ -196,17 +200,87 @@ TEST_F(SourceUpdateTest, RestoreChoosesTheBackupByQuantityAndRecreatesDeletedBla
     EXPECT_EQ(mDb->count(Table::BackupStdBlast), 1) << "deleting blast backups keeps their deviations";
 }
 
-TEST_F(SourceUpdateTest, RestoreOfSeveralBackupsWithoutAMatchingQuantityDoesNothing)
+TEST_F(SourceUpdateTest, RestoreOfABackupThatIsNoLongerAsListedRestoresNothing)
 {
-    SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 200.0}}, true);
-    SourceUpdate::store(*mDb, blend(), {{Table::Blast, {"B1", {}}, 300.0}}, true,
+    SourceUpdate::store(*mDb, blend(), {take("B1", 200.0), take("B2", 100.0)}, true);
+    SourceUpdate::store(*mDb, blend(), {take("B1", 300.0)}, true,
                         DuplicateNamePolicy::Choice::KeepBoth);
     BackupRestore restore(*mDb, BackupRestore::Kind::Blasts);
-    Record listed = restore.rows()[0];
-    listed.setValue("Quantity", 900.0);
-    EXPECT_TRUE(restore.restore({listed}).empty());
-    EXPECT_EQ(quantity("B1"), 500.0);
-    EXPECT_EQ(restore.rows().size(), 2u);
+    const std::vector<Record> listed = restore.rows();
+    ASSERT_EQ(listed.size(), 3u);
+    Record otherQuantity = listed[0];
+    otherQuantity.setValue("Quantity", 900.0);
+
+    // Another window restored B2 meanwhile; a list row shows a quantity no backup has.
+    BackupRestore(*mDb, BackupRestore::Kind::Blasts).restore({listed[1]});
+    const QString stale = message(Msg::BackupChanged, {"blast \"B2\""});
+    struct Case {
+        const char* what;
+        std::vector<Record> rows;
+        QString message;
+    };
+    const Case cases[] = {
+        {"restored meanwhile, listed last", {listed[2], listed[1]}, stale},
+        {"a quantity no backup has", {otherQuantity}, message(Msg::BackupChanged, {"blast \"B1\""})},
+    };
+    for (const Case& c : cases) {
+        try {
+            restore.restore(c.rows);
+            ADD_FAILURE() << c.what << ": restored";
+        } catch (const DatabaseError& e) {
+            EXPECT_EQ(e.message(), c.message) << c.what;
+        }
+        EXPECT_EQ(quantity("B1"), 500.0) << c.what << ": nothing is restored, not even the rows still there";
+        EXPECT_EQ(restore.rows().size(), 2u) << c.what;
+    }
+}
+
+TEST_F(SourceUpdateTest, AStoreOnSourcesChangedSinceTheOptimisationReadThemWritesNothing)
+{
+    struct Case {
+        const char* what;
+        std::function<void()> change;
+        QString message;
+    };
+    const Case cases[] = {
+        {"another store took tonnes from B1",
+         [this] {
+             SourceUpdate::store(*mDb, {Table::Stockpile, "Other", 10.0, {}}, {take("B1", 10.0)}, true);
+         },
+         message(Msg::SourceChanged, {"blast \"B1\""})},
+        {"B3 was analysed again",
+         [this] {
+             Record b = *RecordTable(*mDb, Table::Blast).find({"B3", {}});
+             b.setValue("SiO2", 12.75);
+             RecordTable(*mDb, Table::Blast).update(b);
+         },
+         message(Msg::SourceChanged, {"blast \"B3\""})},
+        {"B4, of which the blend takes nothing, was deleted",
+         [this] {
+             RecordTable(*mDb, Table::Blast).remove({"B4", {}});
+         },
+         message(Msg::SourceGone, {"blast \"B4\""})},
+    };
+    for (const Case& c : cases) {
+        const std::vector<SourceUpdate::Take> read = takes();
+        c.change();
+        const long stockpiles = mDb->count(Table::Stockpile);
+        const long backups = mDb->count(Table::BackupBlast);
+        const std::vector<Record> blasts = RecordTable(*mDb, Table::Blast).all();
+        try {
+            SourceUpdate::store(*mDb, blend(), read, true);
+            ADD_FAILURE() << c.what << ": stored";
+        } catch (const DatabaseError& e) {
+            EXPECT_EQ(e.message(), c.message) << c.what;
+        }
+        EXPECT_EQ(mDb->count(Table::Stockpile), stockpiles) << c.what;
+        EXPECT_EQ(mDb->count(Table::BackupBlast), backups) << c.what;
+        EXPECT_EQ(RecordTable(*mDb, Table::Blast).all(), blasts) << c.what;
+        // Run again on what is there now, the store goes through.
+        EXPECT_NO_THROW(
+            SourceUpdate::store(*mDb, {Table::Stockpile, c.what, 1.0, {}}, {take("B1", 1.0)}, true))
+            << c.what;
+    }
 }
 
 TEST_F(SourceUpdateTest, StockpileBackupsRestoreByNameAndSource)
@@ -217,13 +291,40 @@ TEST_F(SourceUpdateTest, StockpileBackupsRestoreByNameAndSource)
     s.setValue("Quantity", 500.0);
     RecordTable(*mDb, Table::Stockpile).add(s);
     SourceUpdate::store(*mDb, {Table::Crude, "Meal 1", 400, {}},
-                        {{Table::Stockpile, {"North", "Quarry"}, 499.95}}, true);
+                        {takeAsRead(Table::Stockpile, {"North", "Quarry"}, 499.95)}, true);
     EXPECT_FALSE(RecordTable(*mDb, Table::Stockpile).find({"North", "Quarry"}));
 
     BackupRestore restore(*mDb, BackupRestore::Kind::Stockpiles);
     ASSERT_EQ(restore.restore(restore.rows()).size(), 1u);
     EXPECT_EQ(RecordTable(*mDb, Table::Stockpile).find({"North", "Quarry"})->number("Quantity"), 500.0);
     EXPECT_EQ(mDb->count(Table::BackupStockpile), 0);
+}
+
+} // namespace
+} // namespace kilnova
+
+namespace kilnova {
+namespace {
+
+TEST_F(SourceUpdateTest, OfTwoProgramsThatOptimisedOnTheSameBlastsOnlyTheFirstStores)
+{
+    // A window and a nightly command line on one project, each with its own connection.
+    std::unique_ptr<ProjectDatabase> other = ProjectDatabase::open(mDb->path());
+    const std::vector<SourceUpdate::Take> readHere = takes();
+    std::vector<SourceUpdate::Take> readThere = readHere;
+    for (SourceUpdate::Take& t : readThere)
+        t.available = RecordTable(*other, Table::Blast).find(t.key)->number("Quantity");
+
+    SourceUpdate::store(*other, {Table::Stockpile, "Night", 400.0, {}}, readThere, true);
+    try {
+        SourceUpdate::store(*mDb, blend(), readHere, true);
+        ADD_FAILURE() << "the tonnes were taken twice";
+    } catch (const DatabaseError& e) {
+        EXPECT_EQ(e.message(), message(Msg::SourceChanged, {"blast \"B1\""}));
+    }
+    EXPECT_EQ(quantity("B1"), 800.0);
+    EXPECT_FALSE(RecordTable(*mDb, Table::Stockpile).find({"Pile 7", " "}));
+    EXPECT_EQ(mDb->count(Table::BackupBlast), 3);
 }
 
 } // namespace

@@ -38,11 +38,11 @@ protected:
     void takeSome()
     {
         SourceUpdate::store(*mDb, {Table::Crude, "Meal", 100, {}},
-                            {{Table::Blast, {"B1", {}}, 100.0},
-                             {Table::Blast, {"B2", {}}, 999.95},
-                             {Table::Stockpile, {"North", "Quarry"}, 50.0}},
+                            {takeAsRead(Table::Blast, {"B1", {}}, 100.0),
+                             takeAsRead(Table::Blast, {"B2", {}}, 999.95),
+                             takeAsRead(Table::Stockpile, {"North", "Quarry"}, 50.0)},
                             true);
-        SourceUpdate::store(*mDb, {Table::Crude, "Meal 2", 100, {}}, {{Table::Blast, {"B1", {}}, 100.0}},
+        SourceUpdate::store(*mDb, {Table::Crude, "Meal 2", 100, {}}, {takeAsRead(Table::Blast, {"B1", {}}, 100.0)},
                             true);
     }
 
@@ -102,18 +102,27 @@ TEST_F(BackupCommandsTest, RestoreAsksFirstAndSaysWhatCameBack)
     EXPECT_EQ(quantity("B2"), -1) << "No restores nothing";
     EXPECT_EQ(mDb->count(Table::BackupBlast), 3);
 
-    // The second B1 row now shows a quantity no backup has: it cannot be matched.
-    rows[2].setValue("Quantity", 750.0);
+    // A list older than the table (the second B1 row shows a quantity no backup has now) restores
+    // nothing at all and says why.
+    Record stale = rows[2];
+    stale.setValue("Quantity", 750.0);
     mUi = {};
     mUi.yesNoAnswers = {true};
-    EXPECT_EQ(BackupCommands::restore(*mDb, Kind::Blasts, {rows[1], rows[2]}, mUi).size(), 1u);
-    EXPECT_EQ(mUi.messageTexts(),
-              QStringList{"1 of the 2 selected row(s) were restored into the Blast table.\n"
-                          "1 row(s) were not restored: several backups share the name and "
-                          "none has the Quantity shown."});
-    EXPECT_EQ(mUi.messages[0].icon, UserPrompt::Icon::Warning);
+    EXPECT_TRUE(BackupCommands::restore(*mDb, Kind::Blasts, {rows[1], stale}, mUi).empty());
+    ASSERT_EQ(mUi.messages.size(), 1u);
+    EXPECT_EQ(mUi.messages[0].text, "The database operation failed; nothing was changed.");
+    EXPECT_EQ(mUi.messages[0].details,
+              "The backup of blast \"B1\" has changed since the list was shown (restored or deleted "
+              "meanwhile), so nothing was restored. Open the list again.");
+    EXPECT_EQ(quantity("B2"), -1);
+    EXPECT_EQ(mDb->count(Table::BackupBlast), 3);
+
+    mUi = {};
+    mUi.yesNoAnswers = {true};
+    EXPECT_EQ(BackupCommands::restore(*mDb, Kind::Blasts, {rows[1], rows[2]}, mUi).size(), 2u);
+    EXPECT_EQ(mUi.messageTexts(), QStringList{"2 of the 2 selected row(s) were restored into the Blast table."});
     EXPECT_EQ(quantity("B2"), 1000.0);
-    EXPECT_EQ(quantity("B1"), 800.0);
+    EXPECT_EQ(quantity("B1"), 900.0);
 
     mUi = {};
     mUi.yesNoAnswers = {true};

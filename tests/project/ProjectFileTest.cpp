@@ -467,3 +467,30 @@ TEST(ProjectSettingsJson, ShowsEverySettingUnderReadableKeys)
 }
 
 } // namespace
+
+TEST(ProjectFile, ACoefficientThatIsNotANumberIsRefusedByName)
+{
+    const QByteArray good = ProjectFile::serialize(everythingChanged());
+    const qsizetype clinker = 1 + good.at(0) + 2116; // after the path (under 255 bytes) and the layout
+    const qsizetype chemistry = good.size() - 19 * 4;
+    struct Case {
+        qsizetype offset;
+        quint32 bits;
+        const char* setting;
+    };
+    const Case cases[] = {
+        {clinker, 0x7FC00000, "Fixed LOI"},                         // NaN
+        {clinker + 6 * 4, 0x7F800000, "free lime"},                 // +infinity
+        {chemistry, 0xFFC00000, "C2S: CaO coefficient"},            // -NaN
+        {chemistry + 5 * 4, 0x7F800000, "C3A: Al2O3 coefficient"},  // after the first flag
+        {chemistry + 17 * 4, 0xFF800000, "C3S: Fe2O3 coefficient"}, // -infinity, the last one
+    };
+    for (const Case& c : cases) {
+        QByteArray bytes = good;
+        qToLittleEndian<quint32>(c.bits, bytes.data() + c.offset);
+        const QString message = errorOf(bytes);
+        EXPECT_TRUE(message.contains(QStringLiteral("the setting \"%1\" is").arg(c.setting)))
+            << c.setting << ": " << message.toStdString();
+        EXPECT_TRUE(message.contains(QStringLiteral("at byte %1").arg(c.offset))) << message.toStdString();
+    }
+}

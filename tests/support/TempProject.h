@@ -1,6 +1,8 @@
 #pragma once
 
 #include "database/ProjectDatabase.h"
+#include "database/RecordTable.h"
+#include "optimise/SourceUpdate.h"
 
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -32,6 +34,15 @@ protected:
             return query.lastError().databaseText().isEmpty() ? QStringLiteral("error")
                                                               : query.lastError().databaseText();
         return {};
+    }
+
+    /// A source as an optimisation takes it: the tonnes, and what it read of the source just now.
+    SourceUpdate::Take takeAsRead(Table table, const RecordKey& key, double tonnes) const
+    {
+        const std::optional<Record> read = RecordTable(*mDb, table).find(key);
+        EXPECT_TRUE(read) << key.name.toStdString();
+        return {table, key, tonnes, read ? read->number("Quantity") : 0.0,
+                read ? read->analysis() : missingAnalysis()};
     }
 
     QTemporaryDir mDir;

@@ -26,7 +26,7 @@ TEST(RecordForm, SavingComputesTheDerivedColumnsFromTheOxidesWithoutFreeLime)
     // A clinker free lime in force must not reach records typed in by hand.
     const float freeLime = ClinkerFreeLime();
     ClinkerFreeLime() = 1.5f;
-    RecordForm form(Record(Table::Clinker));
+    RecordForm form{Record(Table::Clinker)};
     type(form, {{"Name", "K1"},
                 {"CaO", "65"},
                 {"SiO2", "21"},
@@ -59,7 +59,7 @@ TEST(RecordForm, SavingComputesTheDerivedColumnsFromTheOxidesWithoutFreeLime)
 
 TEST(RecordForm, DerivedColumnsFollowMissingOxidesAndTheLiveTexts)
 {
-    RecordForm form(Record(Table::Additives));
+    RecordForm form{Record(Table::Additives)};
     type(form, {{"Name", "Iron ore"}, {"SiO2", "8"}, {"Al2O3", "3"}, {"Fe2O3", "x"}});
     form.refreshDerived();
     // Fe2O3 does not read as a number, so it counts as missing while the user types.
