@@ -1,12 +1,14 @@
 #include "cli/OptimizeCommand.h"
 
 #include "cli/CliProject.h"
+#include "cli/OptimizeOptions.h"
 #include "common/MessageTable.h"
 #include "database/DatabaseError.h"
-#include "database/Schema.h"
 #include "optimise/BlastOptimization.h"
 #include "optimise/BlendSummary.h"
+#include "project/ProjectFileError.h"
 
+#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -15,7 +17,7 @@ namespace kilnova {
 
 namespace {
 
-QJsonObject resultJson(const BlastOptimization::Result& r)
+QJsonObject blastJson(const BlastOptimization::Result& r)
 {
     QJsonObject json;
     json["status"] = r.outcome.solved ? "optimal" : "failed";
@@ -45,72 +47,101 @@ OptimizeCommand::OptimizeCommand(QTextStream& out, QTextStream& err)
 {
 }
 
-const char* OptimizeCommand::usage()
+QString OptimizeCommand::usage()
 {
-    return "  optimize blasts PROJECT.knv [--select NAME...] [--json] [--store NAME [--subtract]]\n"
-           "                                      optimise blasts with the project's stored settings\n";
+    return QStringLiteral(
+               "  optimize blasts PROJECT.knv [SETTINGS] [--json] [--store NAME [--subtract]]\n"
+               "                                      optimise blasts with the project's stored settings\n"
+               "  SETTINGS override the stored settings for the run (--save keeps them in the project):\n") +
+           QString::fromLatin1(OptimizeOptions::settingsUsage());
+}
+
+int OptimizeCommand::wrongUsage(const QString& problem)
+{
+    mErr << "kilnova-cli: " << problem << '\n' << usage();
+    return 2;
 }
 
 int OptimizeCommand::run(const QStringList& args)
 {
-    if (args.size() < 2 || args[0] != QLatin1String("blasts")) {
-        mErr << "kilnova-cli: optimize needs: blasts PROJECT.knv\n" << usage();
-        return 2;
+    if (args.size() < 2 || args[0] != QLatin1String("blasts"))
+        return wrongUsage(QStringLiteral("optimize needs: blasts PROJECT.knv"));
+    return blasts(args[1], args.mid(2));
+}
+
+bool OptimizeCommand::saveSettings(CliProject& project, const std::function<void(ProjectSettings&)>& change)
+{
+    ProjectSettings settings = project.settings;
+    change(settings);
+    try {
+        ProjectFile::save(settings, project.path);
+    } catch (const ProjectFileError& e) {
+        mErr << message(Msg::CannotSaveProject, {QDir::toNativeSeparators(project.path)}) << '\n'
+             << e.what() << '\n';
+        return false;
     }
-    bool json = false, subtract = false;
-    std::optional<QString> storeName;
-    std::optional<QStringList> selection;
-    for (qsizetype i = 2; i < args.size(); ++i) {
-        const QString& a = args[i];
-        if (a == "--json") {
-            json = true;
-        } else if (a == "--subtract") {
-            subtract = true;
-        } else if (a == "--store" && i + 1 < args.size()) {
-            storeName = args[++i];
-        } else if (a == "--select") {
-            selection = QStringList();
-            while (i + 1 < args.size() && !args[i + 1].startsWith("--"))
-                *selection << args[++i];
-        } else {
-            mErr << "kilnova-cli: unknown option \"" << a << "\"\n" << usage();
-            return 2;
-        }
-    }
-    if (subtract && !storeName) {
-        mErr << "kilnova-cli: --subtract needs --store NAME\n";
-        return 2;
-    }
-    if (storeName && (storeName->isEmpty() || storeName->size() > Schema::kTextLength)) {
-        mErr << message(Msg::InvalidRecordName, {QString::number(Schema::kTextLength)}) << '\n';
+    project.settings = settings;
+    return true;
+}
+
+int OptimizeCommand::finish(bool json, const QJsonObject& result, bool solved, const QString& failure,
+                            const QString& report)
+{
+    if (json)
+        mOut << QJsonDocument(result).toJson(QJsonDocument::Indented);
+    if (!solved) {
+        mErr << failure << '\n';
         return 1;
     }
+    if (!json)
+        mOut << QString(report).replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    return 0;
+}
 
-    std::optional<CliProject> project = CliProject::open(args[1], mErr);
+int OptimizeCommand::blasts(const QString& projectPath, const QStringList& args)
+{
+    OptimizeOptions options({{QStringLiteral("--store"), OptimizeOptions::Arity::One},
+                             {QStringLiteral("--subtract"), OptimizeOptions::Arity::Flag}});
+    if (!options.parse(args))
+        return wrongUsage(options.problem());
+    const std::optional<QString> storeName = options.value(QStringLiteral("--store"));
+    if (options.flag(QStringLiteral("--subtract")) && !storeName)
+        return wrongUsage(QStringLiteral("--subtract needs --store NAME"));
+
+    std::optional<CliProject> project = CliProject::open(projectPath, mErr);
     if (!project)
         return 1;
     try {
         BlastOptimization optimization(*project->db, project->settings.blastOptimization);
-        if (selection)
-            optimization.setSelection(*selection);
-        const BlastOptimization::Result result = optimization.optimize(BlastOptimization::debugFilePath());
-        if (json)
-            mOut << QJsonDocument(resultJson(result)).toJson(QJsonDocument::Indented);
-        if (!result.outcome.solved) {
-            mErr << result.outcome.message << '\n';
-            return 1;
-        }
-        if (!json)
-            mOut << QString(result.report).replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+        if (!options.applyTo(optimization))
+            return wrongUsage(options.problem());
+        if (options.selection())
+            optimization.setSelection(*options.selection());
         if (storeName) {
-            SourceUpdate::Blend blend = BlastOptimization::blendOf(result);
-            blend.name = *storeName;
-            SourceUpdate::store(*project->db, blend, BlastOptimization::takesOf(result), subtract);
-            if (!json)
-                mOut << QStringLiteral("Stored the blend as stockpile \"%1\"%2.\n")
-                            .arg(*storeName,
-                                 subtract ? QStringLiteral(" and subtracted it from the blasts") : QString());
+            if (const std::optional<QString> refusal =
+                    SourceUpdate::nameRefusal(*project->db, Table::Stockpile, *storeName)) {
+                mErr << *refusal << '\n';
+                return 1;
+            }
         }
+        if (options.save() && !saveSettings(*project, [&optimization](ProjectSettings& s) {
+                s.blastOptimization = optimization.parametersForOk(s.blastOptimization);
+            }))
+            return 1;
+
+        const BlastOptimization::Result result = optimization.optimize(BlastOptimization::debugFilePath());
+        const int status = finish(options.json(), blastJson(result), result.outcome.solved,
+                                  result.outcome.message, result.report);
+        if (status != 0 || !storeName)
+            return status;
+        const bool subtract = options.flag(QStringLiteral("--subtract"));
+        SourceUpdate::Blend blend = BlastOptimization::blendOf(result);
+        blend.name = *storeName;
+        SourceUpdate::store(*project->db, blend, BlastOptimization::takesOf(result), subtract);
+        if (!options.json())
+            mOut << QStringLiteral("Stored the blend as stockpile \"%1\"%2.\n")
+                        .arg(*storeName,
+                             subtract ? QStringLiteral(" and subtracted it from the blasts") : QString());
         return 0;
     } catch (const DatabaseError& e) {
         mErr << message(Msg::DatabaseOperationFailed) << '\n' << e.message() << '\n';

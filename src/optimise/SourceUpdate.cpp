@@ -24,23 +24,25 @@ std::optional<Table> SourceUpdate::backupOf(Table source)
     }
 }
 
-void SourceUpdate::store(ProjectDatabase& db, const Blend& blend, const std::vector<Take>& takes,
-                         bool subtract)
+void SourceUpdate::store(ProjectDatabase& db, const std::vector<Blend>& blends,
+                         const std::vector<Take>& takes, bool subtract)
 {
     if (const std::optional<QString> gone = db.missingFileMessage())
         throw DatabaseError(*gone);
     Transaction transaction(db);
 
-    Record record(blend.table);
-    record.setValue(QStringLiteral("Name"), blend.name);
-    if (record.definition().hasColumn(QStringLiteral("Source")))
-        record.setValue(QStringLiteral("Source"), QStringLiteral(" "));
-    record.setValue(QStringLiteral("Quantity"), blend.tonnage);
-    Analysis analysis;
-    for (std::size_t k = 0; k < kElementCount; ++k)
-        analysis[k] = static_cast<float>(blend.values[k]);
-    record.setAnalysis(analysis);
-    RecordTable(db, blend.table).add(record);
+    for (const Blend& blend : blends) {
+        Record record(blend.table);
+        record.setValue(QStringLiteral("Name"), blend.name);
+        if (record.definition().hasColumn(QStringLiteral("Source")))
+            record.setValue(QStringLiteral("Source"), QStringLiteral(" "));
+        record.setValue(QStringLiteral("Quantity"), blend.tonnage);
+        Analysis analysis;
+        for (std::size_t k = 0; k < kElementCount; ++k)
+            analysis[k] = static_cast<float>(blend.values[k]);
+        record.setAnalysis(analysis);
+        RecordTable(db, blend.table).add(record);
+    }
 
     for (const Take& take : takes) {
         if (!subtract || take.tonnes <= kNegligibleTake)
@@ -67,28 +69,47 @@ void SourceUpdate::store(ProjectDatabase& db, const Blend& blend, const std::vec
     transaction.commit();
 }
 
-bool SourceUpdate::storeAsking(ProjectDatabase& db, UserPrompt& ui, const QString& namePrompt, Blend blend,
+std::optional<QString> SourceUpdate::nameRefusal(ProjectDatabase& db, Table table, const QString& name)
+{
+    if (name.isEmpty() || name.size() > Schema::kTextLength)
+        return message(Msg::InvalidRecordName, {QString::number(Schema::kTextLength)});
+    if (!RecordTable(db, table).findNames({name}).empty())
+        return message(Msg::DuplicateRecordName, {Schema::table(table).name, name});
+    return std::nullopt;
+}
+
+bool SourceUpdate::storeAsking(ProjectDatabase& db, UserPrompt& ui, std::vector<Named> records,
                                const std::vector<Take>& takes)
 {
-    QString name;
-    for (;;) {
-        const std::optional<QString> answer = ui.askText(namePrompt, name);
-        if (!answer)
-            return false;
-        name = *answer;
-        if (!name.isEmpty() && name.size() <= Schema::kTextLength)
-            break;
-        ui.showMessage(message(Msg::InvalidRecordName, {QString::number(Schema::kTextLength)}),
-                       UserPrompt::Icon::Warning);
+    try {
+        for (Named& record : records) {
+            QString name;
+            for (;;) {
+                const std::optional<QString> answer = ui.askText(record.prompt, name);
+                if (!answer)
+                    return false;
+                name = *answer;
+                const std::optional<QString> refusal = nameRefusal(db, record.blend.table, name);
+                if (!refusal)
+                    break;
+                ui.showMessage(*refusal, UserPrompt::Icon::Warning);
+            }
+            record.blend.name = name;
+        }
+    } catch (const DatabaseError& e) {
+        ui.showMessage(message(Msg::DatabaseOperationFailed), UserPrompt::Icon::Error, e.message());
+        return false;
     }
-    blend.name = name;
     const bool subtract = ui.askYesNo(message(Msg::SubtractQuantities));
     if (const std::optional<QString> gone = db.missingFileMessage()) {
         ui.showMessage(*gone, UserPrompt::Icon::Error);
         return false;
     }
+    std::vector<Blend> blends;
+    for (const Named& record : records)
+        blends.push_back(record.blend);
     try {
-        store(db, blend, takes, subtract);
+        store(db, blends, takes, subtract);
     } catch (const DatabaseError& e) {
         ui.showMessage(message(Msg::DatabaseOperationFailed), UserPrompt::Icon::Error, e.message());
         return false;

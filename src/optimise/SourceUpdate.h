@@ -3,6 +3,7 @@
 #include "database/Record.h"
 
 #include <array>
+#include <optional>
 #include <vector>
 
 namespace kilnova {
@@ -36,15 +37,35 @@ public:
     /// Where a source table's rows are backed up before they change (none for crudes and coals).
     static std::optional<Table> backupOf(Table source);
 
-    /// All of it in one transaction, or nothing. A source that is no longer there is skipped. Throws
-    /// DatabaseError, also when the database file is gone.
-    static void store(ProjectDatabase& db, const Blend& blend, const std::vector<Take>& takes, bool subtract);
+    /// A new record and the question that asks for its name.
+    struct Named {
+        QString prompt;
+        Blend blend;
+    };
 
-    /// The whole command: asks for the new record's name (refusing an empty one or one over 50
-    /// characters, asking again), asks whether to subtract, stores, and tells the user of a failure.
-    /// Returns true when the blend was stored; a cancelled name prompt stores nothing.
-    static bool storeAsking(ProjectDatabase& db, UserPrompt& ui, const QString& namePrompt, Blend blend,
+    /// Every new record, then the subtraction, all in one transaction, or nothing. A source that is
+    /// no longer there is skipped. Throws DatabaseError, also when the database file is gone.
+    static void store(ProjectDatabase& db, const std::vector<Blend>& blends, const std::vector<Take>& takes,
+                      bool subtract);
+    static void store(ProjectDatabase& db, const Blend& blend, const std::vector<Take>& takes, bool subtract)
+    {
+        store(db, std::vector<Blend>{blend}, takes, subtract);
+    }
+
+    /// Why a name cannot be given to a new record (empty, too long, or already in its table), or
+    /// nothing. Throws DatabaseError.
+    static std::optional<QString> nameRefusal(ProjectDatabase& db, Table table, const QString& name);
+
+    /// The whole command: asks for each new record's name in turn (a refused name is explained and
+    /// asked again), asks whether to subtract, stores, and tells the user of a failure. Returns true
+    /// when everything was stored; a cancelled name prompt stores nothing.
+    static bool storeAsking(ProjectDatabase& db, UserPrompt& ui, std::vector<Named> records,
                             const std::vector<Take>& takes);
+    static bool storeAsking(ProjectDatabase& db, UserPrompt& ui, const QString& namePrompt, Blend blend,
+                            const std::vector<Take>& takes)
+    {
+        return storeAsking(db, ui, {Named{namePrompt, std::move(blend)}}, takes);
+    }
 };
 
 } // namespace kilnova
