@@ -55,6 +55,14 @@ enum class Msg : int {
     BlastNotInSourceList = 30804,
     CombinationTonnageMissing = 30805,
 
+    // Clinker optimisation (30900-30999).
+    ClinkerCoalAlone = 30900,
+    ClinkerTonnageNeeded,
+    ClinkerFixedLoiTooHigh,
+    ClinkerEnergyFactorNeeded,
+    ClinkerCoalWithoutAshOrBtu,
+    SourceRecordGone,
+
     // Texts of this program's own.
     DatabaseFileFilter = 30000,
     StatusReport,
