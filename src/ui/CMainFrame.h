@@ -51,6 +51,7 @@ private:
     void updateRecentFiles();
     void editChemicalEquations();
     void editClinkerProcess();
+    void optimizeClinker();
     void optimizeBlasts();
     void restoreBackups(BackupRestore::Kind kind);
     void deleteBackups(BackupRestore::Kind kind);
