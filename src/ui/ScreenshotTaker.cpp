@@ -2,7 +2,9 @@
 
 #include "project/CKilnovaDoc.h"
 #include "ui/BlastResultsWindow.h"
+#include "ui/CClinkerOptResults.h"
 #include "ui/CMainFrame.h"
+#include "ui/COptimizeAdditives.h"
 #include "ui/COptimizeBlasts.h"
 #include "ui/QuietPrompt.h"
 #include "ui/RecordDialog.h"
@@ -68,6 +70,26 @@ int ScreenshotTaker::run(const QString& project, const QString& dialog, const QS
         }
         BlastResultsWindow results(result, doc, prompt, &frame);
         results.resize(820, 640);
+        results.show();
+        return save(&results, output) ? 0 : 1;
+    }
+
+    if (dialog == QLatin1String("optimize-clinker") || dialog == QLatin1String("clinker-results")) {
+        if (!doc.database())
+            return 1;
+        const ClinkerProcessParameters process = doc.clinkerProcessForDialog();
+        COptimizeAdditives optimize(*doc.database(), doc.settings().clinkerOptimization, process,
+                                    static_cast<double>(process.FreeLime), prompt, {}, &frame);
+        optimize.show();
+        if (dialog == QLatin1String("optimize-clinker"))
+            return save(&optimize, output) ? 0 : 1;
+        const ClinkerOptimization::Result result = optimize.optimization().optimize();
+        if (!result.outcome.solved) {
+            std::fprintf(stderr, "%s\n", qPrintable(result.outcome.message));
+            return 1;
+        }
+        CClinkerOptResults results(result, doc, prompt, &frame);
+        results.resize(820, 900);
         results.show();
         return save(&results, output) ? 0 : 1;
     }
