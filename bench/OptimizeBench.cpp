@@ -1,11 +1,14 @@
 // One blast optimisation as the user runs it (load the selected blasts, build and solve both
 // programmes, build the report) against the two solves alone, for 10, 50 and 200 blasts of a
-// generated quarry. scripts/run-bench prints the share of the time spent outside the solver.
+// generated quarry; the same for one clinker optimisation from 5, 20 and 60 sources (crudes and two
+// coals). scripts/run-bench prints the share of the time spent outside the solver.
 
+#include "chemistry/ChemistryFunctions.h"
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
 #include "database/Transaction.h"
 #include "optimise/BlastOptimization.h"
+#include "optimise/ClinkerOptimization.h"
 #include "solver/ClpSolve.h"
 
 #include <QCoreApplication>
@@ -15,6 +18,7 @@
 
 #include <map>
 #include <memory>
+#include <tuple>
 
 namespace kilnova {
 namespace {
@@ -69,6 +73,103 @@ struct Quarry {
     }
 };
 
+/// Raw meals around a plant's usual one and two coals, the same on every run; least cost of 3000 t of
+/// clinker with the moduli and alkalis where plants keep them.
+struct Kiln {
+    QTemporaryDir dir;
+    std::unique_ptr<ProjectDatabase> db;
+    CClinkerOptParameters parameters;
+    ClinkerProcessParameters process{0.5f, 80, 70, 85, 780, 100, 1.2f};
+
+    explicit Kiln(int sources)
+    {
+        db = ProjectDatabase::create(dir.filePath("bench.kndb"));
+        unsigned seed = 54321;
+        auto uniform = [&seed](double low, double high) {
+            seed = seed * 1103515245u + 12345u;
+            return low + (high - low) * ((seed >> 8) & 0xFFFF) / 65535.0;
+        };
+        Transaction transaction(*db);
+        RecordTable crudes(*db, Table::Crude);
+        for (int i = 0; i + 2 < sources; ++i) {
+            Record r(Table::Crude);
+            r.setValue("Name", QStringLiteral("M%1").arg(i, 3, 10, QLatin1Char('0')));
+            r.setValue("Source", QStringLiteral("Mill %1").arg(i % 2 + 1));
+            r.setValue("Quantity", uniform(3000, 9000));
+            Analysis a = missingAnalysis();
+            auto set = [&a](Element e, double v) {
+                a[static_cast<std::size_t>(elementIndex(e))] = static_cast<float>(v);
+            };
+            // Limier and leaner meals in turn, so that any two of them can be blended to the LSF.
+            const bool limier = i % 2 == 0;
+            set(Element::SiO2, limier ? uniform(12.5, 13.5) : uniform(14, 15));
+            set(Element::Al2O3, limier ? uniform(2.9, 3.2) : uniform(3.3, 3.6));
+            set(Element::Fe2O3, limier ? uniform(1.9, 2.1) : uniform(2.1, 2.4));
+            set(Element::CaO, limier ? uniform(44, 45) : uniform(42, 43));
+            set(Element::MgO, uniform(0.8, 1.4));
+            set(Element::LOI, uniform(34.8, 35.8));
+            set(Element::SO3, uniform(0.1, 0.3));
+            set(Element::K2O, uniform(0.4, 0.7));
+            set(Element::Na2O, uniform(0.08, 0.15));
+            set(Element::CostFactor, uniform(3.8, 4.4));
+            computeDerivedQuantities(a, 0.0);
+            r.setAnalysis(a);
+            crudes.add(r);
+            parameters.crudeSources << SOURCE::listText(r.name(), r.text("Source"));
+        }
+        for (auto [name, ash, btu, cost] :
+             {std::tuple{"Coal A", 11.8, 12400.0, 96.0}, {"Coal B", 14.6, 11650.0, 84.0}}) {
+            Record c(Table::Coal);
+            c.setValue("Name", name);
+            c.setValue("Quantity", 20000.0);
+            c.setValue("Ash", ash);
+            c.setValue("BTU", btu);
+            Analysis a = missingAnalysis();
+            for (auto [e, v] : {std::pair{Element::SiO2, 53.0},
+                                {Element::Al2O3, 26.0},
+                                {Element::Fe2O3, 8.0},
+                                {Element::CaO, 4.5},
+                                {Element::MgO, 1.5},
+                                {Element::LOI, 2.0},
+                                {Element::SO3, 1.5},
+                                {Element::K2O, 1.7},
+                                {Element::Na2O, 0.5},
+                                {Element::CostFactor, cost}})
+                a[static_cast<std::size_t>(elementIndex(e))] = static_cast<float>(v);
+            computeDerivedQuantities(a, 0.0);
+            c.setAnalysis(a);
+            RecordTable(*db, Table::Coal).add(c);
+            parameters.coalSources << name;
+        }
+        transaction.commit();
+        parameters.mode = CClinkerOptParameters::kMinimize;
+        parameters.optimizedElement = "Cost Factor";
+        parameters.requestedTonnage = 3000;
+        auto constrain = [this](Element e, double low, double high) {
+            parameters.constraints[static_cast<std::size_t>(elementIndex(e))] = {
+                low, high, ConstraintEntry::format(low, elementName(elementIndex(e)), high), 1};
+        };
+        constrain(Element::MS, 2.2, 2.8);
+        constrain(Element::MA, 1.3, 2.0);
+        constrain(Element::LSF, 0.92, 0.98);
+        constrain(Element::NaEq, 0, 1.2);
+    }
+};
+
+std::map<int, std::unique_ptr<Kiln>>& kilns()
+{
+    static std::map<int, std::unique_ptr<Kiln>> all;
+    return all;
+}
+
+Kiln& kiln(int sources)
+{
+    auto& k = kilns()[sources];
+    if (!k)
+        k = std::make_unique<Kiln>(sources);
+    return *k;
+}
+
 std::map<int, std::unique_ptr<Quarry>>& quarries()
 {
     static std::map<int, std::unique_ptr<Quarry>> all;
@@ -113,6 +214,38 @@ void solvesAlone(benchmark::State& state, int blasts)
     }
 }
 
+void clinkerWhole(benchmark::State& state, int sources)
+{
+    Kiln& k = kiln(sources);
+    const ClinkerOptimization optimization(*k.db, k.parameters, k.process,
+                                           static_cast<double>(k.process.FreeLime));
+    for (auto _ : state) {
+        const ClinkerOptimization::Result r = optimization.optimize();
+        if (!r.outcome.solved)
+            state.SkipWithError(r.outcome.message.toStdString().c_str());
+        benchmark::DoNotOptimize(r.report.size());
+    }
+}
+
+void clinkerSolves(benchmark::State& state, int sources)
+{
+    Kiln& k = kiln(sources);
+    const ClinkerOptimization::Result whole =
+        ClinkerOptimization(*k.db, k.parameters, k.process, static_cast<double>(k.process.FreeLime))
+            .optimize();
+    const ClinkerModel model;
+    const BlendProblem problem = model.problem(whole.request);
+    const LinearProgramme lp1 = model.shared().build(problem, 1);
+    const LinearProgramme lp2 = model.shared().build(problem, 2);
+    for (auto _ : state) {
+        ClpSolve s1, s2;
+        lp1.loadInto(s1);
+        lp2.loadInto(s2);
+        benchmark::DoNotOptimize(s1.Solve());
+        benchmark::DoNotOptimize(s2.Solve());
+    }
+}
+
 } // namespace kilnova
 
 int main(int argc, char** argv)
@@ -126,9 +259,17 @@ int main(int argc, char** argv)
         benchmark::RegisterBenchmark((name + "/solves").c_str(), kilnova::solvesAlone, blasts)
             ->Unit(benchmark::kMicrosecond);
     }
+    for (int sources : {5, 20, 60}) {
+        const std::string name = "Clinker" + std::to_string(sources);
+        benchmark::RegisterBenchmark((name + "/whole").c_str(), kilnova::clinkerWhole, sources)
+            ->Unit(benchmark::kMicrosecond);
+        benchmark::RegisterBenchmark((name + "/solves").c_str(), kilnova::clinkerSolves, sources)
+            ->Unit(benchmark::kMicrosecond);
+    }
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
     kilnova::quarries().clear(); // the databases close while Qt is still there
+    kilnova::kilns().clear();
     return 0;
 }

@@ -17,6 +17,15 @@ struct ClinkerProcessParameters {
 
     bool operator==(const ClinkerProcessParameters&) const = default;
 
+    /// The values the dialog starts from before a document fills it: a new document's, except the ash
+    /// recovery, 100. A new document takes up none of the coal's ash until the user says so.
+    static constexpr ClinkerProcessParameters dialogDefaults()
+    {
+        ClinkerProcessParameters p;
+        p.AshRecoveryFactor = 100.0f;
+        return p;
+    }
+
     /// The three retentions (SO3, K2O, Na2O in clinker) are shares: 0 to 100 inclusive.
     static constexpr bool isValidRetention(double percent) { return percent >= 0.0 && percent <= 100.0; }
 

@@ -2,52 +2,32 @@
 
 #include "cli/CliProject.h"
 #include "cli/CliWording.h"
+#include "cli/OptimizeKind.h"
 #include "common/MessageTable.h"
 #include "database/DatabaseError.h"
-#include "database/Schema.h"
-#include "optimise/BlastOptimization.h"
-#include "optimise/BlendChartData.h"
-#include "optimise/BlendSummary.h"
+#include "optimise/StoreRefused.h"
+#include "project/ProjectFileError.h"
 #include "render/BlendChartRenderer.h"
 #include "render/PictureFile.h"
-#include "optimise/StoreRefused.h"
 
-#include <QJsonArray>
+#include <QDir>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QPainter>
+
+#include <algorithm>
 
 namespace kilnova {
 
 namespace {
 
-QJsonObject resultJson(const BlastOptimization::Result& r)
-{
-    QJsonObject json;
-    json["status"] = r.outcome.solved ? "optimal" : "failed";
-    json["message"] = r.outcome.message;
-    if (!r.outcome.solved)
-        return json;
-    QJsonArray tonnes;
-    for (std::size_t j = 0; j < r.request.sources.size(); ++j) {
-        if (r.outcome.counts(j))
-            tonnes.append(QJsonObject{{"blast", r.request.sources[j].name}, {"tonnes", r.outcome.tonnes(j)}});
-    }
-    json["tonnes"] = tonnes;
-    const BlendSummary blend = BlendSummary::of(r.request, r.outcome, chemCoefficients());
-    json["optimizedTonnage"] = blend.tonnage;
-    QJsonObject mix;
-    for (int k = 0; k < kElementCount; ++k)
-        mix[elementName(k)] = blend.values[static_cast<std::size_t>(k)];
-    json["mix"] = mix;
-    return json;
-}
+const QString kJson = QStringLiteral("--json");
+const QString kSubtract = QStringLiteral("--subtract");
+const QString kAllowDuplicate = QStringLiteral("--allow-duplicate");
+const QString kChart = QStringLiteral("--chart");
 
-/// The blend chart of a solved run as a picture file; the message when it cannot be written.
-std::optional<QString> writeChart(const QString& path, const OptimizationRequest& request,
-                                  const OptimizationOutcome& outcome)
+/// The blend chart as a picture file; the message when it cannot be written.
+std::optional<QString> writeChart(const QString& path, const BlendChartData& chart)
 {
-    const BlendChartData chart = BlendChartData::of(request, outcome, chemCoefficients());
     return PictureFile::write(
         path, BlendChartRenderer::preferredSize(chart.rows.size()),
         [&chart](QPainter& painter, const QRectF& area) { BlendChartRenderer(chart, area).paint(painter); });
@@ -61,92 +41,147 @@ OptimizeCommand::OptimizeCommand(QTextStream& out, QTextStream& err)
 {
 }
 
-const char* OptimizeCommand::usage()
+QString OptimizeCommand::usage()
 {
-    return "  optimize blasts PROJECT.knv [--select NAME...] [--json] [--store NAME [--subtract]\n"
-           "                                      [--allow-duplicate]] [--chart FILE.png|FILE.pdf|FILE.svg]\n"
-           "                                      optimise blasts with the project's stored settings; a\n"
-           "                                      stockpile name already taken is refused unless "
-           "--allow-duplicate\n";
+    QString text;
+    for (const OptimizeKind::Entry& kind : OptimizeKind::entries())
+        text += kind.usage;
+    return text +
+           QStringLiteral(
+               "  COMMON: [--json] [--chart FILE.png|FILE.pdf|FILE.svg] [--subtract] [--allow-duplicate]\n"
+               "      --subtract takes the stored blend's tonnes out of its sources; a name already taken\n"
+               "      is refused unless --allow-duplicate\n"
+               "  SETTINGS override the stored settings for the run (--save keeps them in the project):\n") +
+           QString::fromLatin1(OptimizeOptions::settingsUsage());
+}
+
+int OptimizeCommand::wrongUsage(const QString& problem)
+{
+    mErr << "kilnova-cli: " << problem << '\n' << usage();
+    return 2;
+}
+
+bool OptimizeCommand::saveSettings(CliProject& project, const std::function<void(ProjectSettings&)>& change)
+{
+    ProjectSettings settings = project.settings;
+    change(settings);
+    try {
+        ProjectFile::save(settings, project.path);
+    } catch (const ProjectFileError& e) {
+        mErr << message(Msg::CannotSaveProject, {QDir::toNativeSeparators(project.path)}) << '\n'
+             << e.what() << '\n';
+        return false;
+    }
+    project.settings = settings;
+    return true;
+}
+
+int OptimizeCommand::finish(bool json, const QJsonObject& result, bool solved, const QString& failure,
+                            const QString& report)
+{
+    if (json)
+        mOut << QJsonDocument(result).toJson(QJsonDocument::Indented);
+    if (!solved) {
+        mErr << CliWording::reword(failure) << '\n';
+        return 1;
+    }
+    if (!json)
+        mOut << QString(report).replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    return 0;
 }
 
 int OptimizeCommand::run(const QStringList& args)
 {
-    if (args.size() < 2 || args[0] != QLatin1String("blasts")) {
-        mErr << "kilnova-cli: optimize needs: blasts PROJECT.knv\n" << usage();
-        return 2;
+    const std::vector<OptimizeKind::Entry>& kinds = OptimizeKind::entries();
+    const auto kind = std::find_if(kinds.begin(), kinds.end(), [&args](const OptimizeKind::Entry& k) {
+        return !args.isEmpty() && args[0] == k.word;
+    });
+    if (args.size() < 2 || kind == kinds.end()) {
+        QStringList words;
+        for (const OptimizeKind::Entry& k : kinds)
+            words << k.word;
+        return wrongUsage(QStringLiteral("optimize needs: %1 PROJECT.knv").arg(words.join('|')));
     }
-    bool json = false, subtract = false, allowDuplicate = false;
-    std::optional<QString> storeName;
-    std::optional<QString> chartFile;
-    std::optional<QStringList> selection;
-    for (qsizetype i = 2; i < args.size(); ++i) {
-        const QString& a = args[i];
-        if (a == "--json") {
-            json = true;
-        } else if (a == "--subtract") {
-            subtract = true;
-        } else if (a == "--chart" && i + 1 < args.size()) {
-            chartFile = args[++i];
-            if (!PictureFile::formatOf(*chartFile)) {
-                mErr << "kilnova-cli: the chart is written as .png, .pdf or .svg, not \"" << *chartFile
-                     << "\"\n";
-                return 2;
-            }
-        } else if (a == "--allow-duplicate") {
-            allowDuplicate = true;
-        } else if (a == "--store" && i + 1 < args.size()) {
-            storeName = args[++i];
-        } else if (a == "--select") {
-            selection = QStringList();
-            while (i + 1 < args.size() && !args[i + 1].startsWith("--"))
-                *selection << args[++i];
-        } else {
-            mErr << "kilnova-cli: unknown option \"" << a << "\"\n" << usage();
-            return 2;
+
+    using Arity = OptimizeOptions::Arity;
+    std::vector<OptimizeOptions::KindOption> accepted = kind->options;
+    accepted.push_back({kSubtract, Arity::Flag});
+    accepted.push_back({kAllowDuplicate, Arity::Flag});
+    accepted.push_back({kChart, Arity::One});
+    QStringList storeOptions;
+    for (const OptimizeKind::Store& store : kind->stores) {
+        accepted.push_back({store.option, Arity::One});
+        storeOptions << store.option + QStringLiteral(" NAME");
+    }
+    OptimizeOptions options(accepted);
+    if (!options.parse(args.mid(2)))
+        return wrongUsage(options.problem());
+    const std::optional<QString> chartFile = options.value(kChart);
+    if (chartFile && !PictureFile::formatOf(*chartFile))
+        return wrongUsage(
+            QStringLiteral("the chart is written as .png, .pdf or .svg, not \"%1\"").arg(*chartFile));
+    std::vector<std::pair<std::size_t, QString>> names;
+    for (std::size_t i = 0; i < kind->stores.size(); ++i) {
+        if (const std::optional<QString> name = options.value(kind->stores[i].option))
+            names.emplace_back(i, *name);
+    }
+    const bool subtract = options.flag(kSubtract);
+    if (subtract && names.empty())
+        return wrongUsage(
+            QStringLiteral("--subtract needs %1").arg(storeOptions.join(QStringLiteral(" or "))));
+    for (const auto& [store, name] : names) {
+        if (name.isEmpty() || name.size() > Schema::kTextLength) {
+            mErr << message(Msg::InvalidRecordName, {QString::number(Schema::kTextLength)}) << '\n';
+            return 1;
         }
-    }
-    if (subtract && !storeName) {
-        mErr << "kilnova-cli: --subtract needs --store NAME\n";
-        return 2;
-    }
-    if (storeName && (storeName->isEmpty() || storeName->size() > Schema::kTextLength)) {
-        mErr << message(Msg::InvalidRecordName, {QString::number(Schema::kTextLength)}) << '\n';
-        return 1;
     }
 
     std::optional<CliProject> project = CliProject::open(args[1], mErr);
     if (!project)
         return 1;
     try {
-        BlastOptimization optimization(*project->db, project->settings.blastOptimization);
-        if (selection)
-            optimization.setSelection(*selection);
-        const BlastOptimization::Result result = optimization.optimize(BlastOptimization::debugFilePath());
-        if (json)
-            mOut << QJsonDocument(resultJson(result)).toJson(QJsonDocument::Indented);
-        if (!result.outcome.solved) {
-            mErr << CliWording::reword(result.outcome.message) << '\n';
-            return 1;
+        const std::unique_ptr<OptimizeKind> run = kind->make(*project);
+        if (!options.applyTo(run->settings()))
+            return wrongUsage(options.problem());
+        if (const std::optional<QString> problem = run->configure(options))
+            return wrongUsage(*problem);
+        // A taken name is refused before the run; the store checks again under its write lock.
+        if (!options.flag(kAllowDuplicate)) {
+            for (const auto& [store, name] : names) {
+                const Table table = kind->stores[store].table;
+                const std::size_t taken = DuplicateNamePolicy::holders(*project->db, table, name).size();
+                if (taken > 0)
+                    throw StoreRefused(DuplicateNamePolicy::refusal(table, name, taken));
+            }
         }
-        if (!json)
-            mOut << QString(result.report).replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+        if (options.save() && !saveSettings(*project, [&run](ProjectSettings& s) { run->keep(s); }))
+            return 1;
+
+        run->optimize();
+        const int status = finish(options.json(), run->json(), run->solved(), run->message(), run->report());
+        if (status != 0)
+            return status;
+        for (const QString& warning : run->warnings())
+            mErr << CliWording::reword(warning) << '\n';
         if (chartFile) {
-            if (const std::optional<QString> failure =
-                    writeChart(*chartFile, result.request, result.outcome)) {
+            if (const std::optional<QString> failure = writeChart(*chartFile, run->chart())) {
                 mErr << *failure << '\n';
                 return 1;
             }
         }
-        if (storeName) {
-            SourceUpdate::Blend blend = BlastOptimization::blendOf(result);
-            blend.name = *storeName;
-            const StoreSummary stored = SourceUpdate::store(
-                *project->db, blend, BlastOptimization::takesOf(result), subtract,
-                allowDuplicate ? DuplicateNamePolicy::Choice::KeepBoth : DuplicateNamePolicy::Choice::Refuse);
-            if (!json)
-                mOut << stored.describe() << '\n';
+        if (names.empty())
+            return 0;
+        std::vector<SourceUpdate::Blend> blends;
+        for (const auto& [store, name] : names) {
+            SourceUpdate::Blend blend = run->blend(store);
+            blend.name = name;
+            blend.onDuplicate = options.flag(kAllowDuplicate) ? DuplicateNamePolicy::Choice::KeepBoth
+                                                              : DuplicateNamePolicy::Choice::Refuse;
+            blends.push_back(blend);
         }
+        const StoreSummary stored = SourceUpdate::store(*project->db, blends, run->takes(), subtract);
+        if (!options.json())
+            mOut << stored.describe() << '\n';
         return 0;
     } catch (const StoreRefused& e) {
         mErr << e.message() << "\nAdd --allow-duplicate to store a second record of that name.\n";

@@ -1,22 +1,39 @@
 #pragma once
 
+#include <QJsonObject>
 #include <QStringList>
 #include <QTextStream>
 
+#include <functional>
+
 namespace kilnova {
 
-/// kilnova-cli optimize blasts PROJECT.knv [--select NAME…] [--json] [--store NAME [--subtract]
-/// [--allow-duplicate]]:
-/// the blast optimisation with the settings stored in the project, its report on standard output.
+struct CliProject;
+struct ProjectSettings;
+
+/// kilnova-cli optimize KIND PROJECT.knv [settings options] [--json] [--chart FILE] [kind options]
+/// [--store… NAME [--subtract] [--allow-duplicate]]: an optimisation with the settings stored in the
+/// project, overridden for the run by the settings options (and written back with --save), its report
+/// on standard output; the store options keep the blends as new records and --subtract also takes
+/// their tonnes out of the sources. Every kind runs through the one flow; what differs is its Kind.
 class OptimizeCommand final {
 public:
     OptimizeCommand(QTextStream& out, QTextStream& err);
-    /// Arguments after "optimize"; returns the exit status (2 for a wrong command line).
+    /// Arguments after "optimize"; returns the exit status (2 for a wrong command line or a bad
+    /// option value, 1 when the optimisation or a store fails).
     int run(const QStringList& args);
 
-    static const char* usage();
+    static QString usage();
 
 private:
+    int wrongUsage(const QString& problem);
+    /// Writes the settings changed by `change` back into the project file (--save); false after
+    /// telling why not.
+    bool saveSettings(CliProject& project, const std::function<void(ProjectSettings&)>& change);
+    /// The report (or the JSON) of a run; the message and 1 when it failed.
+    int finish(bool json, const QJsonObject& result, bool solved, const QString& message,
+               const QString& report);
+
     QTextStream& mOut;
     QTextStream& mErr;
 };

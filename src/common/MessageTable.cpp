@@ -76,6 +76,20 @@ const QHash<int, QString>& table()
                         "has no tonnes left or lies outside the coordinate filter.")},
         {30805, QStringLiteral("Enter a target tonnage greater than 0, then combine again.")},
 
+        {31900,
+         QStringLiteral("Coal alone makes no clinker: choose at least one crude, stockpile or additive as "
+                        "well.")},
+        {31901, QStringLiteral("Enter a requested clinker tonnage greater than 0.")},
+        {31902,
+         QStringLiteral("A fixed LOI of the clinker of 100% or more leaves no clinker; correct it under "
+                        "Settings > Clinker Process Parameters.")},
+        {31903,
+         QStringLiteral("The energy consumption factor must be greater than 0; correct it under Settings > "
+                        "Clinker Process Parameters.")},
+        {31904,
+         QStringLiteral("The coal \"%1\" has no Ash or no BTU value; the clinker optimisation needs both.")},
+        {31905, QStringLiteral("The %1 \"%2\" is no longer in the %3 table; refresh the list of sources.")},
+
         {30000, QStringLiteral("Kilnova project databases (*.kndb)")},
         {30001,
          QStringLiteral("Connected database name: %1\nNumber of records in Blast table: %2\nNumber of "

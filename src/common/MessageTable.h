@@ -55,6 +55,14 @@ enum class Msg : int {
     BlastNotInSourceList = 30804,
     CombinationTonnageMissing = 30805,
 
+    // Clinker optimisation (31900-31999).
+    ClinkerCoalAlone = 31900,
+    ClinkerTonnageNeeded,
+    ClinkerFixedLoiTooHigh,
+    ClinkerEnergyFactorNeeded,
+    ClinkerCoalWithoutAshOrBtu,
+    SourceRecordGone,
+
     // Texts of this program's own.
     DatabaseFileFilter = 30000,
     StatusReport,

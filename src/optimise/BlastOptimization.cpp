@@ -13,22 +13,10 @@
 
 #include <QDir>
 #include <QSqlQuery>
-#include <QStandardPaths>
 
 #include <algorithm>
 
 namespace kilnova {
-
-namespace {
-
-/// The names in the order the source list shows them (by name, as the database sorts).
-QStringList listed(QStringList names)
-{
-    std::stable_sort(names.begin(), names.end(), Schema::nameLess);
-    return names;
-}
-
-} // namespace
 
 const QStringList& BlastOptimization::modeChoices()
 {
@@ -36,105 +24,17 @@ const QStringList& BlastOptimization::modeChoices()
     return choices;
 }
 
-int BlastOptimization::modeOfChoice(int position)
-{
-    switch (position) {
-    case 1:
-        return 1;
-    case 2:
-        return 0;
-    case 3:
-        return 2;
-    default:
-        return -1;
-    }
-}
-
-int BlastOptimization::choiceOfMode(int mode)
-{
-    switch (mode) {
-    case -1:
-        return 0;
-    case 1:
-        return 1;
-    case 0:
-        return 2;
-    case 2:
-        return 3;
-    default:
-        return -1;
-    }
-}
-
 BlastOptimization::BlastOptimization(ProjectDatabase& db, const COptimizationParameters& p)
-    : mDb(db)
-    , mModeChoice(choiceOfMode(p.mode))
-    , mElement(elementFromName(p.optimizedElement.toStdString()).value_or(0))
-    , mTarget(p.target)
-    , mRequestedTonnage(p.requestedTonnage)
-    , mConstraints(p.constraints)
+    // Cl can be constrained but not optimised.
+    : OptimizationSettings(modeChoices(), elementNames(), elementIndex(Element::Cl))
+    , mDb(db)
     , mFilter(p.coordinateFilter != 0)
     , mBounds{p.eastMinimum,  p.eastMaximum,      p.northMinimum,
               p.northMaximum, p.elevationMinimum, p.elevationMaximum}
-    , mSelection(listed(p.selectedSources))
+    , mSelection(inListOrder(p.selectedSources))
 {
-    for (int k = 0; k < kElementCount; ++k) {
-        if (mConstraints[static_cast<std::size_t>(k)].isActive())
-            mConstraintOrder.push_back(k);
-    }
-}
-
-QStringList BlastOptimization::constraintTexts() const
-{
-    QStringList texts;
-    for (int k : mConstraintOrder)
-        texts << mConstraints[static_cast<std::size_t>(k)].text;
-    return texts;
-}
-
-std::optional<QString> BlastOptimization::checkConstraint(int element, std::optional<int> replacing) const
-{
-    for (std::size_t row = 0; row < mConstraintOrder.size(); ++row) {
-        if (mConstraintOrder[row] == element && std::optional<int>(static_cast<int>(row)) != replacing)
-            return message(Msg::ConstraintAlreadySet);
-    }
-    if (mode() == 0 && element == mElement)
-        return message(Msg::NoConstraintOnTargetElement);
-    return std::nullopt;
-}
-
-std::optional<QString> BlastOptimization::addConstraint(int element, double minimum, double maximum)
-{
-    if (auto refusal = checkConstraint(element, std::nullopt))
-        return refusal;
-    ConstraintEntry& c = mConstraints[static_cast<std::size_t>(element)];
-    c = {minimum, maximum, ConstraintEntry::format(minimum, elementName(element), maximum), 1};
-    mConstraintOrder.push_back(element);
-    return std::nullopt;
-}
-
-std::optional<QString> BlastOptimization::modifyConstraint(int row, int element, double minimum,
-                                                           double maximum)
-{
-    if (row < 0 || row >= static_cast<int>(mConstraintOrder.size()))
-        return addConstraint(element, minimum, maximum);
-    if (auto refusal = checkConstraint(element, row))
-        return refusal;
-    const int old = mConstraintOrder[static_cast<std::size_t>(row)];
-    mConstraints[static_cast<std::size_t>(old)] = ConstraintEntry{};
-    mConstraints[static_cast<std::size_t>(element)] = {
-        minimum, maximum, ConstraintEntry::format(minimum, elementName(element), maximum), 1};
-    mConstraintOrder[static_cast<std::size_t>(row)] = element;
-    return std::nullopt;
-}
-
-void BlastOptimization::removeConstraint(int row)
-{
-    if (row < 0 || row >= static_cast<int>(mConstraintOrder.size()))
-        return;
-    mConstraints[static_cast<std::size_t>(mConstraintOrder[static_cast<std::size_t>(row)])] =
-        ConstraintEntry{};
-    mConstraintOrder.erase(mConstraintOrder.begin() + row);
+    loadSettings(p.mode, elementOfName(p.optimizedElement), p.target, p.requestedTonnage,
+                 {p.constraints.begin(), p.constraints.end()});
 }
 
 void BlastOptimization::computeExtent()
@@ -173,7 +73,7 @@ QStringList BlastOptimization::sourceNames() const
 
 void BlastOptimization::setSelection(const QStringList& names)
 {
-    mSelection = listed(names);
+    mSelection = inListOrder(names);
 }
 
 QString BlastOptimization::sourceCaption() const
@@ -222,12 +122,12 @@ BlastOptimization::Result BlastOptimization::optimize(const QString& debugFile) 
     Result result;
     OptimizationRequest& r = result.request;
     r.mode = mode();
-    r.element = mElement;
-    r.target = mTarget;
-    r.requestedTonnage = mRequestedTonnage;
-    r.constraints = mConstraints;
-    if (mSelection.size() < 2) {
-        result.outcome.message = message(Msg::SelectTwoSources);
+    r.element = element();
+    r.target = target();
+    r.requestedTonnage = requestedTonnage();
+    r.constraints = elementConstraints();
+    if (std::optional<QString> refusal = sourceCountRefusal(mSelection.size())) {
+        result.outcome.message = *refusal;
         return result;
     }
     const std::vector<Record> blasts = RecordTable(mDb, Table::Blast).findNames(mSelection);
@@ -243,10 +143,7 @@ BlastOptimization::Result BlastOptimization::optimize(const QString& debugFile) 
 
     const ChemEquationCoefficients coefficients = chemCoefficients();
     const OptimizationModel model(coefficients);
-    result.outcome = model.run(r, [&debugFile](const ClpSolve& lp1) {
-        if (!debugFile.isEmpty())
-            lp1.DumpToFile(QDir::toNativeSeparators(debugFile).toStdString());
-    });
+    result.outcome = model.run(r, OptimizationModel::debugDump(debugFile));
     if (result.outcome.solved)
         result.report = BlastReport::build(r, result.outcome, constraintTexts(),
                                            BlendSummary::of(r, result.outcome, coefficients));
@@ -273,12 +170,12 @@ std::vector<SourceUpdate::Take> BlastOptimization::takesOf(const Result& result)
 COptimizationParameters BlastOptimization::parametersForOk(const COptimizationParameters& previous) const
 {
     COptimizationParameters p = previous;
-    if (mModeChoice != 3)
+    if (modeChoice() != 3)
         p.mode = mode();
-    p.optimizedElement = elementName(mElement);
-    p.target = mTarget;
-    p.requestedTonnage = mRequestedTonnage;
-    p.constraints = mConstraints;
+    p.optimizedElement = elementName(element());
+    p.target = target();
+    p.requestedTonnage = requestedTonnage();
+    p.constraints = elementConstraints();
     p.coordinateFilter = mFilter ? 1 : 0;
     p.eastMinimum = mBounds[0];
     p.eastMaximum = mBounds[1];
@@ -296,14 +193,6 @@ COptimizationParameters BlastOptimization::accept(const COptimizationParameters&
     RecordTable(mDb, Table::TempBlast).removeAll();
     transaction.commit();
     return parametersForOk(previous);
-}
-
-QString BlastOptimization::debugFilePath()
-{
-    const QString folder =
-        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Kilnova");
-    QDir().mkpath(folder);
-    return folder + QStringLiteral("/debug.txt");
 }
 
 } // namespace kilnova

@@ -3,6 +3,7 @@
 #include "database/Record.h"
 #include "optimise/COptimizationParameters.h"
 #include "optimise/OptimizationModel.h"
+#include "optimise/OptimizationSettings.h"
 #include "optimise/SourceUpdate.h"
 
 #include <QString>
@@ -16,45 +17,17 @@ namespace kilnova {
 class ProjectDatabase;
 
 /// The state and rules of the "Optimize Blasts" dialog, shared by the dialog, the command line and
-/// the tests: the mode and element, the constraint list, the source list with its coordinate
-/// filter, the running total of the selection, Optimize and OK.
-class BlastOptimization final {
+/// the tests: the shared settings (mode, element, constraint list), the source list with its
+/// coordinate filter, the running total of the selection, Optimize and OK.
+class BlastOptimization final : public OptimizationSettings {
 public:
     /// The choices of "Optimize:", in their order.
     static const QStringList& modeChoices();
-    /// Mode value of a choice position: Minimize -1, Maximize 1, Target 0, Maximize Tonnage 2; no
-    /// choice (-1) gives -1.
-    static int modeOfChoice(int position);
-    static int choiceOfMode(int mode);
 
     BlastOptimization(ProjectDatabase& db, const COptimizationParameters& parameters);
 
-    // Objective
-    int modeChoice() const { return mModeChoice; }
-    void setModeChoice(int position) { mModeChoice = position; }
-    int mode() const { return modeOfChoice(mModeChoice); }
-    int element() const { return mElement; }
-    void setElement(int element) { mElement = element; }
-    double target() const { return mTarget; }
-    void setTarget(double target) { mTarget = target; }
-    double requestedTonnage() const { return mRequestedTonnage; }
-    void setRequestedTonnage(double tonnes) { mRequestedTonnage = tonnes; }
-    bool targetEnabled() const { return mode() == 0; }
     /// Element choice and requested tonnage are off in Maximize Tonnage mode.
     bool elementAndTonnageEnabled() const { return mode() != 2; }
-
-    // Constraints, in list order.
-    const std::vector<int>& constraintElements() const { return mConstraintOrder; }
-    const ConstraintEntry& constraint(int element) const
-    {
-        return mConstraints[static_cast<std::size_t>(element)];
-    }
-    QStringList constraintTexts() const;
-    /// The refusal message, or nothing when the constraint was added at the end of the list.
-    std::optional<QString> addConstraint(int element, double minimum, double maximum);
-    /// Replaces the constraint at a list row in place.
-    std::optional<QString> modifyConstraint(int row, int element, double minimum, double maximum);
-    void removeConstraint(int row);
 
     // Sources
     bool coordinateFilter() const { return mFilter; }
@@ -98,19 +71,8 @@ public:
     /// DatabaseError.
     COptimizationParameters accept(const COptimizationParameters& previous);
 
-    /// The folder for debug.txt: a fixed per-user data folder.
-    static QString debugFilePath();
-
 private:
-    std::optional<QString> checkConstraint(int element, std::optional<int> replacing) const;
-
     ProjectDatabase& mDb;
-    int mModeChoice = 1;
-    int mElement = 0;
-    double mTarget = 0.0;
-    double mRequestedTonnage = 0.0;
-    std::array<ConstraintEntry, kElementCount> mConstraints{};
-    std::vector<int> mConstraintOrder;
     bool mFilter = false;
     std::array<double, 6> mBounds{};
     QStringList mSelection;

@@ -4,6 +4,7 @@
 #include "common/PrintfFormat.h"
 #include "optimise/BlendSummary.h"
 #include "optimise/OptimizationModel.h"
+#include "optimise/ReportLines.h"
 
 namespace kilnova {
 
@@ -17,19 +18,7 @@ QByteArray name(int element)
 
 QString BlastReport::mixCharacteristics(const BlendSummary& blend)
 {
-    QString text;
-    const auto& v = blend.values;
-    for (int line = 0; line < 5; ++line) {
-        const int k = line * 4;
-        text += formatPrintf("%11.11s %10.2lf %11.11s %10.2lf %11.11s %10.2lf %11.11s %10.2lf\r\n",
-                             name(k).constData(), v[static_cast<std::size_t>(k)], name(k + 1).constData(),
-                             v[static_cast<std::size_t>(k + 1)], name(k + 2).constData(),
-                             v[static_cast<std::size_t>(k + 2)], name(k + 3).constData(),
-                             v[static_cast<std::size_t>(k + 3)]);
-    }
-    const int c4af = elementIndex(Element::C4AF);
-    text += formatPrintf("%11.11s %10.2lf\r\n", name(c4af).constData(), v[static_cast<std::size_t>(c4af)]);
-    return text;
+    return ReportLines::elements(blend.values, elementIndex(Element::Cl));
 }
 
 QString BlastReport::build(const OptimizationRequest& request, const OptimizationOutcome& outcome,

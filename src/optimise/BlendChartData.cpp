@@ -16,12 +16,19 @@ bool BlendChartData::reaches(double value, double limit)
 BlendChartData BlendChartData::of(const OptimizationRequest& request,
                                   const std::array<double, kElementCount>& blendValues, double tonnage)
 {
+    return of(request.mode, request.element, request.target, request.constraints, blendValues, tonnage);
+}
+
+BlendChartData BlendChartData::of(int mode, int element, double target,
+                                  const std::array<ConstraintEntry, kElementCount>& constraints,
+                                  const std::array<double, kElementCount>& blendValues, double tonnage)
+{
     BlendChartData chart;
-    chart.mode = request.mode;
+    chart.mode = mode;
     chart.tonnage = tonnage;
     for (int k = 0; k < kElementCount; ++k) {
-        const ConstraintEntry& c = request.constraints[static_cast<std::size_t>(k)];
-        const bool optimised = k == request.element;
+        const ConstraintEntry& c = constraints[static_cast<std::size_t>(k)];
+        const bool optimised = k == element;
         if (!c.isActive() && !optimised)
             continue;
         Row row;
@@ -30,8 +37,8 @@ BlendChartData BlendChartData::of(const OptimizationRequest& request,
         row.value = blendValues[static_cast<std::size_t>(k)];
         if (c.isActive())
             row.band = std::array<double, 2>{std::min(c.minimum, c.maximum), std::max(c.minimum, c.maximum)};
-        if (optimised && request.mode == 0)
-            row.target = request.target;
+        if (optimised && mode == 0)
+            row.target = target;
         if (row.band && row.value != kMissing) {
             // A band of one value binds at both ends; it is shown as the upper one.
             if (reaches(row.value, (*row.band)[1]))

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "chemistry/Elements.h"
+#include "optimise/ConstraintEntry.h"
 
 #include <array>
 #include <optional>
@@ -38,6 +39,10 @@ struct BlendChartData {
     /// The chart of a blend whose values the optimisation kind computed (an LOI-free clinker, an
     /// ash-bearing coal blend…): the rows come from the request's constraints, mode and target.
     static BlendChartData of(const OptimizationRequest& request,
+                             const std::array<double, kElementCount>& blendValues, double tonnage);
+    /// The same from the parts of any kind's request: its mode, optimised element, target and limits.
+    static BlendChartData of(int mode, int element, double target,
+                             const std::array<ConstraintEntry, kElementCount>& constraints,
                              const std::array<double, kElementCount>& blendValues, double tonnage);
     /// The chart of a blend of the sources as taken (the blast and stockpile blends).
     static BlendChartData of(const OptimizationRequest& request, const OptimizationOutcome& outcome,

@@ -3,6 +3,7 @@
 #include "chemistry/Elements.h"
 
 #include <array>
+#include <vector>
 
 namespace kilnova {
 
@@ -19,6 +20,15 @@ struct BlendSummary {
 
     static BlendSummary of(const OptimizationRequest& request, const OptimizationOutcome& outcome,
                            const ChemEquationCoefficients& coefficients);
+    /// The same over any sources: one analysis and the tonnes taken of it each; a source of 0 tonnes
+    /// is not taken.
+    static BlendSummary of(const std::vector<const Analysis*>& analyses, const std::vector<double>& tonnes,
+                           const ChemEquationCoefficients& coefficients);
+
+    /// Sets MS, MA, LSF, C3S, C2S, C3A, NaEq and C4AF from the oxides of `values` (each -1 where an
+    /// oxide it needs is missing).
+    static void deriveFromOxides(std::array<double, kElementCount>& values,
+                                 const ChemEquationCoefficients& coefficients, double freeLime);
 };
 
 } // namespace kilnova

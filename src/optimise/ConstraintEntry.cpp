@@ -35,4 +35,15 @@ QString elementName(int index)
     return QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size()));
 }
 
+const QStringList& elementNames()
+{
+    static const QStringList names = [] {
+        QStringList all;
+        for (int k = 0; k < 22; ++k)
+            all << elementName(k);
+        return all;
+    }();
+    return names;
+}
+
 } // namespace kilnova

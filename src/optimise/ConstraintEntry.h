@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <QStringView>
 
 namespace kilnova {
@@ -32,5 +33,7 @@ struct ConstraintEntry {
 
 /// Display name of element index 0..21 ("Cost Factor" for 19).
 QString elementName(int index);
+/// The 22 display names in element order.
+const QStringList& elementNames();
 
 } // namespace kilnova

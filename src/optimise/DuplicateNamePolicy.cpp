@@ -5,7 +5,6 @@
 #include "database/RecordTable.h"
 #include "optimise/SourceUpdate.h"
 #include "optimise/StoreRefused.h"
-#include "optimise/StoreSummary.h"
 #include "tables/TableEditor.h"
 
 namespace kilnova {
@@ -55,15 +54,15 @@ QString DuplicateNamePolicy::refusal(Table table, const QString& name, std::size
     return message(Msg::NameTakenRefused, {Schema::table(table).name, records(count), name});
 }
 
-void DuplicateNamePolicy::apply(ProjectDatabase& db, Table table, const QString& name, Choice choice,
-                                StoreSummary& summary)
+int DuplicateNamePolicy::apply(ProjectDatabase& db, Table table, const QString& name, Choice choice,
+                               std::map<Table, int>& backupRows)
 {
     if (choice == Choice::KeepBoth)
-        return;
+        return 0;
     RecordTable target(db, table);
     const std::vector<Record> taken = target.findNamed(name);
     if (taken.empty())
-        return;
+        return 0;
     if (choice == Choice::Refuse)
         throw StoreRefused(refusal(table, name, taken.size()));
     if (!replaceable(taken))
@@ -72,11 +71,11 @@ void DuplicateNamePolicy::apply(ProjectDatabase& db, Table table, const QString&
     for (const Record& r : taken) {
         if (backup) {
             RecordTable(db, *backup).add(r.copiedTo(*backup));
-            ++summary.backupRows[*backup];
+            ++backupRows[*backup];
         }
         target.removeRecord(r);
-        ++summary.replaced;
     }
+    return static_cast<int>(taken.size());
 }
 
 } // namespace kilnova

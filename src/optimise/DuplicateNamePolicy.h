@@ -2,6 +2,7 @@
 
 #include "database/Record.h"
 
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -9,7 +10,6 @@ namespace kilnova {
 
 class ProjectDatabase;
 class UserPrompt;
-struct StoreSummary;
 
 /// What happens when a blend is stored under a name its table already holds. The blend tables have
 /// no unique name, so nothing in the database would stop a second record: the store asks, or refuses.
@@ -35,9 +35,10 @@ public:
 
     /// Inside the store's transaction, before the blend is added. Refuse throws StoreRefused when
     /// the name is taken; Replace deletes the records of that name after backing them up (throwing
-    /// StoreRefused for an Actual stockpile) and counts both in the summary. Throws DatabaseError.
-    static void apply(ProjectDatabase& db, Table table, const QString& name, Choice choice,
-                      StoreSummary& summary);
+    /// StoreRefused for an Actual stockpile), counts the backup rows in `backupRows` and returns how
+    /// many records it deleted. Throws DatabaseError.
+    static int apply(ProjectDatabase& db, Table table, const QString& name, Choice choice,
+                     std::map<Table, int>& backupRows);
 
     /// The message of a refused store.
     static QString refusal(Table table, const QString& name, std::size_t count);

@@ -10,10 +10,25 @@ class ClpSolve;
 /// sizes and row-kind counts given to Initialize, every row in row-number order and the objective.
 /// Kept apart from the solver so that the rows each mode builds can be checked directly.
 struct LinearProgramme {
+    /// What a row stands for, so that a reader of the programme (a test, the explanation of an
+    /// answer) can tell the user's limits from the rows the model adds.
+    enum class Role {
+        ElementMaximum, ///< index: the element
+        ElementMinimum, ///< index: the element
+        Target,         ///< index: the element
+        SourceMinimum,  ///< index: the source
+        SourceMaximum,  ///< index: the source
+        Tonnage,        ///< the product tonnage
+        KindRow,        ///< index: the kind's own row number, from 0
+        Unused,         ///< an empty row filling the declared count
+    };
+
     struct Row {
         std::vector<double> coefficients; ///< one per source, in selection order
         double rhs = 0.0;
         int kind = 0; ///< 1 at most, 0 equality, -1 at least
+        Role role = Role::KindRow;
+        int index = -1;
     };
 
     int rows = 0;

@@ -3,6 +3,8 @@
 #include "common/MessageTable.h"
 #include "solver/ClpSolve.h"
 
+#include <QDir>
+
 #include <cmath>
 
 namespace kilnova {
@@ -33,33 +35,85 @@ double OptimizationOutcome::total() const
     return sum;
 }
 
+SourceWeights SourceWeights::unit()
+{
+    SourceWeights w;
+    w.value.fill(1.0);
+    w.bound.fill(1.0);
+    w.objective.fill(1.0);
+    return w;
+}
+
+SourceWeights SourceWeights::conversion(double yield, const std::array<double, kElementCount>& factor)
+{
+    SourceWeights w;
+    w.value = factor;
+    w.bound.fill(yield);
+    for (std::size_t k = 0; k < kElementCount; ++k)
+        w.objective[k] = yield * factor[k];
+    return w;
+}
+
 OptimizationModel::OptimizationModel(const ChemEquationCoefficients& coefficients)
     : mCoefficients(coefficients)
 {
 }
 
-float OptimizationModel::rowCoefficient(const Analysis& v, int element, double bound) const
+BlendProblem OptimizationModel::problemOf(const OptimizationRequest& r)
+{
+    BlendProblem p;
+    for (const SourceRecord& s : r.sources)
+        p.sources.push_back({s.name, s.tonnage, s.values, SourceWeights::unit(), std::nullopt});
+    p.mode = r.mode;
+    p.element = r.element;
+    p.target = r.target;
+    p.tonnage = r.requestedTonnage;
+    for (int k = 0; k < kElementCount; ++k) {
+        const ConstraintEntry& c = r.constraints[static_cast<std::size_t>(k)];
+        if (c.isActive())
+            p.bounds.push_back({k, c.minimum, c.maximum});
+    }
+    const int K = static_cast<int>(p.bounds.size() + p.sources.size());
+    p.declaredRows = r.mode == 0 ? 2 * K + 2 : r.mode == 2 ? 2 * K : 2 * K + 1;
+    return p;
+}
+
+float OptimizationModel::rowCoefficient(const ModelSource& s, int element, double bound, double offset) const
 {
     const auto& c = mCoefficients;
+    // Each oxide of a ratio with its own value weight (a clinker's retention, a coal's ash share).
+    auto oxide = [&s](Element e) {
+        const std::size_t k = static_cast<std::size_t>(elementIndex(e));
+        return static_cast<double>(s.values[k]) * s.weights.value[k];
+    };
     switch (element) {
     case kMS:
-        return static_cast<float>(at(v, Element::SiO2) - bound * at(v, Element::Al2O3) -
-                                  bound * at(v, Element::Fe2O3));
+        return static_cast<float>(oxide(Element::SiO2) - bound * oxide(Element::Al2O3) -
+                                  bound * oxide(Element::Fe2O3));
     case kMA:
-        return static_cast<float>(at(v, Element::Al2O3) - bound * at(v, Element::Fe2O3));
+        return static_cast<float>(oxide(Element::Al2O3) - bound * oxide(Element::Fe2O3));
     case kLSF:
-        return static_cast<float>(static_cast<double>(c.LSFCaO) * at(v, Element::CaO) -
-                                  (static_cast<double>(c.LSFFe2O3) * at(v, Element::Fe2O3) +
-                                   static_cast<double>(c.LSFAl2O3) * at(v, Element::Al2O3) +
-                                   static_cast<double>(c.LSFSiO2) * at(v, Element::SiO2)) *
+        return static_cast<float>(static_cast<double>(c.LSFCaO) * oxide(Element::CaO) -
+                                  (static_cast<double>(c.LSFFe2O3) * oxide(Element::Fe2O3) +
+                                   static_cast<double>(c.LSFAl2O3) * oxide(Element::Al2O3) +
+                                   static_cast<double>(c.LSFSiO2) * oxide(Element::SiO2)) *
                                       bound);
-    default:
-        return static_cast<float>(static_cast<double>(v[static_cast<std::size_t>(element)]) - bound);
+    default: {
+        const std::size_t k = static_cast<std::size_t>(element);
+        return static_cast<float>(static_cast<double>(s.values[k]) * s.weights.value[k] -
+                                  (offset + bound) * s.weights.bound[k]);
+    }
     }
 }
 
-float OptimizationModel::objectiveCoefficient(const Analysis& v, int element) const
+float OptimizationModel::rowCoefficient(const Analysis& values, int element, double bound) const
 {
+    return rowCoefficient(ModelSource{{}, {}, values, SourceWeights::unit(), {}}, element, bound);
+}
+
+float OptimizationModel::objectiveCoefficient(const ModelSource& s, int element, double offset) const
+{
+    const Analysis& v = s.values;
     switch (element) {
     case kMS:
         return v[static_cast<std::size_t>(elementIndex(Element::SiO2))];
@@ -67,106 +121,117 @@ float OptimizationModel::objectiveCoefficient(const Analysis& v, int element) co
         return v[static_cast<std::size_t>(elementIndex(Element::Al2O3))];
     case kLSF:
         return static_cast<float>(static_cast<double>(mCoefficients.LSFCaO) * at(v, Element::CaO));
-    default:
-        return v[static_cast<std::size_t>(element)];
+    default: {
+        const std::size_t k = static_cast<std::size_t>(element);
+        return static_cast<float>(static_cast<double>(v[k]) * s.weights.objective[k] + offset);
+    }
     }
 }
 
-std::optional<QString> OptimizationModel::sourceWithMissingValue(const OptimizationRequest& r) const
+float OptimizationModel::objectiveCoefficient(const Analysis& values, int element) const
 {
-    auto firstLacking = [&r](auto lacks) -> std::optional<QString> {
-        for (const SourceRecord& s : r.sources) {
-            if (lacks(s))
-                return s.name;
+    return objectiveCoefficient(ModelSource{{}, {}, values, SourceWeights::unit(), {}}, element);
+}
+
+std::optional<QString> OptimizationModel::refusal(const BlendProblem& p) const
+{
+    auto check = [&p](int element) -> std::optional<QString> {
+        for (const ModelSource& s : p.sources) {
+            if (s.values[static_cast<std::size_t>(element)] == -1.0f)
+                return message(Msg::MissingValueInSource, {s.name});
+            if (s.refusal)
+                return s.refusal;
         }
         return std::nullopt;
     };
-    for (int k = 0; k < kElementCount; ++k) {
-        if (!r.constraints[static_cast<std::size_t>(k)].isActive())
-            continue;
-        if (auto name = firstLacking(
-                [k](const SourceRecord& s) { return s.values[static_cast<std::size_t>(k)] == -1.0f; }))
-            return name;
+    for (const ElementBound& b : p.bounds) {
+        if (auto refused = check(b.element))
+            return refused;
     }
-    if (auto name = firstLacking(
-            [&r](const SourceRecord& s) { return s.values[static_cast<std::size_t>(r.element)] == -1.0f; }))
-        return name;
-    return firstLacking([](const SourceRecord& s) { return s.tonnage == -1.0; });
+    if (auto refused = check(p.element))
+        return refused;
+    for (const ModelSource& s : p.sources) {
+        if (s.available && *s.available == -1.0)
+            return message(Msg::MissingValueInSource, {s.name});
+    }
+    return std::nullopt;
 }
 
-LinearProgramme OptimizationModel::build(const OptimizationRequest& r, int programme) const
+LinearProgramme OptimizationModel::build(const BlendProblem& p, int programme) const
 {
-    const int n = static_cast<int>(r.sources.size());
-    int e = 0;
-    for (const ConstraintEntry& c : r.constraints)
-        e += c.isActive() ? 1 : 0;
-    const int K = e + n;
-
+    using Role = LinearProgramme::Role;
+    const std::size_t n = p.sources.size();
     LinearProgramme lp;
-    lp.columns = n;
-    if (r.mode == 0) {
-        lp.rows = 2 * K + 2;
-        lp.sense = programme == 1 ? -1 : 1;
-        lp.countAtLeast = programme == 1 ? K + 1 : K;
-        lp.countEqual = 1;
-        lp.countAtMost = programme == 1 ? K : K + 1;
-    } else if (r.mode == 2) {
-        lp.rows = 2 * K;
-        lp.sense = 2;
-        lp.countAtLeast = K;
-        lp.countEqual = 0;
-        lp.countAtMost = K;
-    } else {
-        lp.rows = 2 * K + 1;
-        lp.sense = r.mode;
-        lp.countAtLeast = K;
-        lp.countEqual = 1;
-        lp.countAtMost = K;
-    }
+    lp.columns = static_cast<int>(n);
+    lp.sense = p.mode == 0 ? (programme == 1 ? -1 : 1) : p.mode;
 
-    auto addRow = [&lp](std::vector<double> coefficients, double rhs, int kind) {
-        lp.rowList.push_back({std::move(coefficients), rhs, kind});
+    auto addRow = [&lp](std::vector<double> coefficients, double rhs, int kind, Role role, int index) {
+        lp.rowList.push_back({std::move(coefficients), rhs, kind, role, index});
     };
-    auto perSource = [&r](auto coefficient) {
+    // The one row loop of every kind: a coefficient per source, in selection order.
+    auto elementRow = [&](int element, double bound) {
         std::vector<double> coefficients;
-        for (const SourceRecord& s : r.sources)
-            coefficients.push_back(static_cast<double>(coefficient(s)));
+        coefficients.reserve(n);
+        const double offset = p.boundOffset[static_cast<std::size_t>(element)];
+        for (const ModelSource& s : p.sources)
+            coefficients.push_back(static_cast<double>(rowCoefficient(s, element, bound, offset)));
         return coefficients;
     };
 
-    for (int k = 0; k < kElementCount; ++k) {
-        const ConstraintEntry& c = r.constraints[static_cast<std::size_t>(k)];
-        if (!c.isActive())
-            continue;
-        addRow(perSource([&](const SourceRecord& s) { return rowCoefficient(s.values, k, c.maximum); }), 0.0,
-               ClpSolve::kAtMost);
-        addRow(perSource([&](const SourceRecord& s) { return rowCoefficient(s.values, k, c.minimum); }), 0.0,
-               ClpSolve::kAtLeast);
+    for (const ElementBound& b : p.bounds) {
+        addRow(elementRow(b.element, b.maximum), 0.0, ClpSolve::kAtMost, Role::ElementMaximum, b.element);
+        addRow(elementRow(b.element, b.minimum), 0.0, ClpSolve::kAtLeast, Role::ElementMinimum, b.element);
     }
-    if (r.mode == 0) {
-        addRow(
-            perSource([&](const SourceRecord& s) { return rowCoefficient(s.values, r.element, r.target); }),
-            0.0, programme == 1 ? ClpSolve::kAtLeast : ClpSolve::kAtMost);
+    if (p.mode == 0) {
+        addRow(elementRow(p.element, p.target), 0.0, programme == 1 ? ClpSolve::kAtLeast : ClpSolve::kAtMost,
+               Role::Target, p.element);
     }
-    for (int j = 0; j < n; ++j) {
-        std::vector<double> unit(static_cast<std::size_t>(n), 0.0);
-        unit[static_cast<std::size_t>(j)] = 1.0;
-        addRow(unit, 0.0, ClpSolve::kAtLeast);
-        addRow(unit, r.sources[static_cast<std::size_t>(j)].tonnage, ClpSolve::kAtMost);
+    for (std::size_t j = 0; j < n; ++j) {
+        std::vector<double> unit(n, 0.0);
+        unit[j] = 1.0;
+        const int source = static_cast<int>(j);
+        if (p.sources[j].available) {
+            addRow(unit, 0.0, ClpSolve::kAtLeast, Role::SourceMinimum, source);
+            addRow(std::move(unit), *p.sources[j].available, ClpSolve::kAtMost, Role::SourceMaximum, source);
+        } else {
+            addRow(std::move(unit), 0.0, ClpSolve::kAtLeast, Role::SourceMinimum, source);
+        }
     }
-    // The tonnage row. In Maximize Tonnage mode it lies beyond the programme's rows, so the solver
-    // does not store it and the mode maximises the element's quantity over the sources' tonnages.
-    addRow(std::vector<double>(static_cast<std::size_t>(n), 1.0), r.requestedTonnage, ClpSolve::kEqual);
+    addRow(p.tonnageWeights.empty() ? std::vector<double>(n, 1.0) : p.tonnageWeights, p.tonnage,
+           ClpSolve::kEqual, Role::Tonnage, -1);
+    for (std::size_t i = 0; i < p.kindRows.size(); ++i) {
+        const LinearProgramme::Row& row = p.kindRows[i];
+        addRow(row.coefficients, row.rhs, row.kind, Role::KindRow, static_cast<int>(i));
+    }
 
-    for (const SourceRecord& s : r.sources) {
-        const float c = r.mode == 0 ? rowCoefficient(s.values, r.element, r.target)
-                                    : objectiveCoefficient(s.values, r.element);
+    lp.rows = p.declaredRows.value_or(static_cast<int>(lp.rowList.size()));
+    while (static_cast<int>(lp.rowList.size()) < lp.rows)
+        addRow(std::vector<double>(n, 0.0), 0.0, ClpSolve::kEqual, Role::Unused, -1);
+    // The solver is told the kinds of the rows it will store: a row beyond the declared count is not.
+    for (int i = 0; i < lp.rows; ++i) {
+        switch (lp.rowList[static_cast<std::size_t>(i)].kind) {
+        case ClpSolve::kAtLeast:
+            ++lp.countAtLeast;
+            break;
+        case ClpSolve::kEqual:
+            ++lp.countEqual;
+            break;
+        default:
+            ++lp.countAtMost;
+            break;
+        }
+    }
+
+    const double offset = p.boundOffset[static_cast<std::size_t>(p.element)];
+    for (const ModelSource& s : p.sources) {
+        const float c = p.mode == 0 ? rowCoefficient(s, p.element, p.target, offset)
+                                    : objectiveCoefficient(s, p.element, offset);
         lp.objective.push_back(static_cast<double>(c));
     }
     return lp;
 }
 
-OptimizationOutcome OptimizationModel::run(const OptimizationRequest& r,
+OptimizationOutcome OptimizationModel::run(const BlendProblem& r,
                                            const std::function<void(const ClpSolve&)>& beforeSolve) const
 {
     OptimizationOutcome outcome;
@@ -174,8 +239,8 @@ OptimizationOutcome OptimizationModel::run(const OptimizationRequest& r,
         outcome.message = message(Msg::SelectTwoSources);
         return outcome;
     }
-    if (const std::optional<QString> source = sourceWithMissingValue(r)) {
-        outcome.message = message(Msg::MissingValueInSource, {*source});
+    if (std::optional<QString> refused = refusal(r)) {
+        outcome.message = std::move(*refused);
         return outcome;
     }
 
@@ -229,6 +294,15 @@ int OptimizationModel::chooseProgramme(int mode, double target, int code1, doubl
     if (code2 == 1)
         return 2;
     return 0;
+}
+
+std::function<void(const ClpSolve&)> OptimizationModel::debugDump(const QString& path)
+{
+    if (path.isEmpty())
+        return {};
+    return [file = QDir::toNativeSeparators(path).toStdString()](const ClpSolve& lp1) {
+        lp1.DumpToFile(file);
+    };
 }
 
 QString OptimizationModel::messageForCode(int code)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "chemistry/ChemEquationCoefficients.h"
+#include "optimise/BlendProblem.h"
 #include "optimise/ConstraintEntry.h"
 #include "optimise/LinearProgramme.h"
 #include "optimise/SourceRecord.h"
@@ -17,7 +18,7 @@ namespace kilnova {
 
 class ClpSolve;
 
-/// What an optimisation dialog hands to the model.
+/// What the blast optimisation hands to the model: sources counted tonne for tonne.
 struct OptimizationRequest {
     std::vector<SourceRecord> sources;
     int mode = 1; ///< -1 Minimize, 1 Maximize, 0 Target, 2 Maximize Tonnage
@@ -43,29 +44,49 @@ struct OptimizationOutcome {
     double total() const;
 };
 
-/// The shared optimisation model: the two linear programmes of a blend (element rows with the
-/// moduli linearised on their oxides, a target row in Target mode, source rows, the tonnage row),
-/// their objective, which of the two solutions is taken, and the common head of every report.
+/// The shared optimisation model: builds the two linear programmes of a BlendProblem (BlendProblem.h
+/// gives their rows), checks the values they need, solves both, chooses the solution, and writes the
+/// common head of every report. Every optimisation kind goes through it.
 class OptimizationModel final {
 public:
     explicit OptimizationModel(const ChemEquationCoefficients& coefficients = chemCoefficients());
 
-    /// The first source that lacks a value the run needs (a constrained or optimised element, or
-    /// its tonnage), or nothing.
-    std::optional<QString> sourceWithMissingValue(const OptimizationRequest& request) const;
+    /// The blast request as a problem of the shared form: unit weights, the active constraints in
+    /// element order, the tonnage row over every source, and 2K + 2, 2K + 1 or 2K rows declared
+    /// (Target, Minimize or Maximize, Maximize Tonnage; K = constraints + sources).
+    static BlendProblem problemOf(const OptimizationRequest& request);
 
-    /// Programme 1 or 2 of the request.
-    LinearProgramme build(const OptimizationRequest& request, int programme) const;
+    /// The message that stops a run before anything is built, or nothing: walking the rows that need
+    /// values (each bound in turn, then the optimised element) and within each the sources in order,
+    /// the first source lacking the element gives "...Problem first found in source NAME", the first
+    /// carrying a refusal gives that; then a source whose tonnage is missing.
+    std::optional<QString> refusal(const BlendProblem& problem) const;
+
+    /// Programme 1 or 2.
+    LinearProgramme build(const BlendProblem& problem, int programme) const;
+    LinearProgramme build(const OptimizationRequest& request, int programme) const
+    {
+        return build(problemOf(request), programme);
+    }
 
     /// Checks, builds and solves both programmes and chooses the solution. `beforeSolve` receives
     /// the first programme once it is loaded (the debug dump).
-    OptimizationOutcome run(const OptimizationRequest& request,
+    OptimizationOutcome run(const BlendProblem& problem,
                             const std::function<void(const ClpSolve&)>& beforeSolve = {}) const;
+    OptimizationOutcome run(const OptimizationRequest& request,
+                            const std::function<void(const ClpSolve&)>& beforeSolve = {}) const
+    {
+        return run(problemOf(request), beforeSolve);
+    }
 
-    /// The coefficient of a source in a row on `element` with bound `bound`: the value minus the
-    /// bound, or for MS, MA and LSF the linear form over their oxides; single precision.
+    /// The coefficient of a source in a row on `element` with bound `bound` (BlendProblem.h gives
+    /// the form), single precision.
+    float rowCoefficient(const ModelSource& source, int element, double bound, double offset = 0.0) const;
+    /// The same for a source counted tonne for tonne.
     float rowCoefficient(const Analysis& values, int element, double bound) const;
-    /// The objective coefficient outside Target mode: the value, or a modulus' numerator.
+    /// The objective coefficient outside Target mode: the weighted value plus the offset, or a
+    /// modulus' numerator.
+    float objectiveCoefficient(const ModelSource& source, int element, double offset = 0.0) const;
     float objectiveCoefficient(const Analysis& values, int element) const;
 
     /// Which programme's solution is taken (1 or 2), or 0 when neither solved: both optimal takes, in
@@ -76,6 +97,9 @@ public:
     /// Title line, what was done to which element, and the constraints applied.
     static QString reportHead(const QString& title, int mode, const QString& elementName,
                               const QStringList& constraintTexts);
+    /// The debug dump to give run(): writes the first programme to `path` (nothing for an empty path;
+    /// a file that cannot be written is skipped silently).
+    static std::function<void(const ClpSolve&)> debugDump(const QString& path);
     /// The message for a solver result code other than optimal.
     static QString messageForCode(int code);
 

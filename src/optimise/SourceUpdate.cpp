@@ -26,18 +26,19 @@ std::optional<Table> SourceUpdate::backupOf(Table source)
     }
 }
 
-StoreSummary SourceUpdate::store(ProjectDatabase& db, const Blend& blend, const std::vector<Take>& takes,
-                                 bool subtract, DuplicateNamePolicy::Choice onDuplicate)
+StoreSummary SourceUpdate::store(ProjectDatabase& db, const std::vector<Blend>& blends,
+                                 const std::vector<Take>& takes, bool subtract)
 {
     if (const std::optional<QString> gone = db.missingFileMessage())
         throw DatabaseError(*gone);
     Transaction transaction(db);
     StoreSummary summary;
-    summary.table = blend.table;
-    summary.name = blend.name;
-    summary.tonnage = blend.tonnage;
     summary.subtracted = subtract;
-    DuplicateNamePolicy::apply(db, blend.table, blend.name, onDuplicate, summary);
+    for (const Blend& blend : blends) {
+        const int replaced =
+            DuplicateNamePolicy::apply(db, blend.table, blend.name, blend.onDuplicate, summary.backupRows);
+        summary.records.push_back({blend.table, blend.name, blend.tonnage, replaced});
+    }
 
     // Under the write lock, so that what is checked cannot change before it is written.
     SourceSnapshot read;
@@ -49,16 +50,18 @@ StoreSummary SourceUpdate::store(ProjectDatabase& db, const Blend& blend, const 
         throw DatabaseError(message(changed.gone() ? Msg::SourceGone : Msg::SourceChanged, {changed.row()}));
     }
 
-    Record record(blend.table);
-    record.setValue(QStringLiteral("Name"), blend.name);
-    if (record.definition().hasColumn(QStringLiteral("Source")))
-        record.setValue(QStringLiteral("Source"), QStringLiteral(" "));
-    record.setValue(QStringLiteral("Quantity"), blend.tonnage);
-    Analysis analysis;
-    for (std::size_t k = 0; k < kElementCount; ++k)
-        analysis[k] = static_cast<float>(blend.values[k]);
-    record.setAnalysis(analysis);
-    RecordTable(db, blend.table).add(record);
+    for (const Blend& blend : blends) {
+        Record record(blend.table);
+        record.setValue(QStringLiteral("Name"), blend.name);
+        if (record.definition().hasColumn(QStringLiteral("Source")))
+            record.setValue(QStringLiteral("Source"), QStringLiteral(" "));
+        record.setValue(QStringLiteral("Quantity"), blend.tonnage);
+        Analysis analysis;
+        for (std::size_t k = 0; k < kElementCount; ++k)
+            analysis[k] = static_cast<float>(blend.values[k]);
+        record.setAnalysis(analysis);
+        RecordTable(db, blend.table).add(record);
+    }
 
     for (const Take& take : takes) {
         if (!subtract || take.tonnes <= kNegligibleTake)
@@ -93,13 +96,11 @@ StoreSummary SourceUpdate::store(ProjectDatabase& db, const Blend& blend, const 
     return summary;
 }
 
-bool SourceUpdate::storeAsking(ProjectDatabase& db, UserPrompt& ui, const QString& namePrompt, Blend blend,
-                               const std::vector<Take>& takes)
+bool SourceUpdate::askName(ProjectDatabase& db, UserPrompt& ui, const QString& prompt, Blend& blend)
 {
     QString name;
-    DuplicateNamePolicy::Choice onDuplicate = DuplicateNamePolicy::Choice::Refuse;
     for (;;) {
-        const std::optional<QString> answer = ui.askText(namePrompt, name);
+        const std::optional<QString> answer = ui.askText(prompt, name);
         if (!answer)
             return false;
         name = *answer;
@@ -115,8 +116,10 @@ bool SourceUpdate::storeAsking(ProjectDatabase& db, UserPrompt& ui, const QStrin
             ui.showMessage(message(Msg::DatabaseOperationFailed), UserPrompt::Icon::Error, e.message());
             return false;
         }
+        blend.name = name;
+        blend.onDuplicate = DuplicateNamePolicy::Choice::Refuse;
         if (holders.empty())
-            break;
+            return true;
         const std::optional<DuplicateNamePolicy::Choice> choice =
             DuplicateNamePolicy::ask(ui, blend.table, name, holders.size());
         if (!choice)
@@ -125,17 +128,27 @@ bool SourceUpdate::storeAsking(ProjectDatabase& db, UserPrompt& ui, const QStrin
             ui.showMessage(message(Msg::ActualNotReplaced), UserPrompt::Icon::Warning);
             continue;
         }
-        onDuplicate = *choice;
-        break;
+        blend.onDuplicate = *choice;
+        return true;
     }
-    blend.name = name;
+}
+
+bool SourceUpdate::storeAsking(ProjectDatabase& db, UserPrompt& ui, std::vector<Named> records,
+                               const std::vector<Take>& takes)
+{
+    std::vector<Blend> blends;
+    for (Named& record : records) {
+        if (!askName(db, ui, record.prompt, record.blend))
+            return false;
+        blends.push_back(record.blend);
+    }
     const bool subtract = ui.askYesNo(message(Msg::SubtractQuantities));
     if (const std::optional<QString> gone = db.missingFileMessage()) {
         ui.showMessage(*gone, UserPrompt::Icon::Error);
         return false;
     }
     try {
-        ui.showMessage(store(db, blend, takes, subtract, onDuplicate).describe());
+        ui.showMessage(store(db, blends, takes, subtract).describe());
     } catch (const StoreRefused& e) {
         // The name was taken while the questions were open.
         ui.showMessage(e.message(), UserPrompt::Icon::Warning);

@@ -5,6 +5,7 @@
 #include "optimise/StoreSummary.h"
 
 #include <array>
+#include <optional>
 #include <vector>
 
 namespace kilnova {
@@ -12,9 +13,9 @@ namespace kilnova {
 class ProjectDatabase;
 class UserPrompt;
 
-/// Stores the blend of an optimisation as a new record and, when asked, takes the tonnes it uses out
-/// of its sources after backing each changed source up. One routine for every optimisation: the
-/// tables come with the call.
+/// Stores the blends of an optimisation as new records and, when asked, takes the tonnes they use
+/// out of their sources after backing each changed source up. One routine for every optimisation:
+/// the tables come with the call.
 class SourceUpdate final {
 public:
     struct Blend {
@@ -22,6 +23,8 @@ public:
         QString name;
         double tonnage = 0.0;
         std::array<double, kElementCount> values{};
+        /// What to do when the table holds the name already.
+        DuplicateNamePolicy::Choice onDuplicate = DuplicateNamePolicy::Choice::Refuse;
     };
 
     /// One source of the optimisation: the tonnes the blend takes from it, and what the optimisation
@@ -42,22 +45,42 @@ public:
     /// Where a source table's rows are backed up before they change (none for crudes and coals).
     static std::optional<Table> backupOf(Table source);
 
-    /// All of it in one transaction, or nothing. The transaction first checks that every source still
-    /// holds the tonnage and analysis the optimisation read (so a second store computed on the same
-    /// sources stores nothing); then a source whose row is not there is skipped. A name the blend's
-    /// table holds already is dealt with as onDuplicate says (StoreRefused by default). Throws
-    /// DatabaseError, also when the database file is gone or another program holds it, and with a
-    /// message naming the source when one has changed; and StoreRefused.
-    static StoreSummary store(ProjectDatabase& db, const Blend& blend, const std::vector<Take>& takes,
-                              bool subtract,
-                              DuplicateNamePolicy::Choice onDuplicate = DuplicateNamePolicy::Choice::Refuse);
+    /// A new record and the question that asks for its name.
+    struct Named {
+        QString prompt;
+        Blend blend;
+    };
 
-    /// The whole command: asks for the new record's name (refusing an empty one or one over 50
-    /// characters, asking again; a name that is taken asks "replace, keep both, or choose another
-    /// name"), asks whether to subtract, stores, and tells the user what was written or why not.
-    /// Returns true when the blend was stored; a cancelled name prompt stores nothing.
-    static bool storeAsking(ProjectDatabase& db, UserPrompt& ui, const QString& namePrompt, Blend blend,
+    /// Every new record, then the subtraction, all in one transaction, or nothing. The transaction
+    /// first checks that every source still holds the tonnage and analysis the optimisation read (so
+    /// a second store computed on the same sources stores nothing); then a source whose row is not
+    /// there is skipped. A name a blend's table holds already is dealt with as the blend's
+    /// onDuplicate says. Throws DatabaseError, also when the database file is gone or another
+    /// program holds it, and with a message naming the source when one has changed; and StoreRefused.
+    static StoreSummary store(ProjectDatabase& db, const std::vector<Blend>& blends,
+                              const std::vector<Take>& takes, bool subtract);
+    static StoreSummary store(ProjectDatabase& db, Blend blend, const std::vector<Take>& takes, bool subtract,
+                              DuplicateNamePolicy::Choice onDuplicate = DuplicateNamePolicy::Choice::Refuse)
+    {
+        blend.onDuplicate = onDuplicate;
+        return store(db, std::vector<Blend>{std::move(blend)}, takes, subtract);
+    }
+
+    /// Asks for the name of a new record of `table` until one fits: an empty one or one over 50
+    /// characters is refused, a taken one asks "replace, keep both, or choose another name". Sets the
+    /// blend's name and onDuplicate; false when the prompt was cancelled or the database failed (said).
+    static bool askName(ProjectDatabase& db, UserPrompt& ui, const QString& prompt, Blend& blend);
+
+    /// The whole command: asks for each new record's name in turn, asks whether to subtract, stores,
+    /// and tells the user what was written or why not. Returns true when everything was stored; a
+    /// cancelled name prompt stores nothing.
+    static bool storeAsking(ProjectDatabase& db, UserPrompt& ui, std::vector<Named> records,
                             const std::vector<Take>& takes);
+    static bool storeAsking(ProjectDatabase& db, UserPrompt& ui, const QString& namePrompt, Blend blend,
+                            const std::vector<Take>& takes)
+    {
+        return storeAsking(db, ui, {Named{namePrompt, std::move(blend)}}, takes);
+    }
 };
 
 } // namespace kilnova

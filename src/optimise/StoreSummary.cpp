@@ -18,10 +18,16 @@ QString tonnes(double t)
 
 QString StoreSummary::describe() const
 {
-    const QString tableName = Schema::table(table).name;
-    QString line = replaced > 0 ? message(Msg::StoredInPlace,
-                                          {name, tonnes(tonnage), tableName, QString::number(replaced)})
-                                : message(Msg::Stored, {name, tonnes(tonnage), tableName});
+    QStringList sentences;
+    bool replacedAny = false;
+    for (const Written& r : records) {
+        const QString tableName = Schema::table(r.table).name;
+        sentences << (r.replaced > 0 ? message(Msg::StoredInPlace, {r.name, tonnes(r.tonnage), tableName,
+                                                                    QString::number(r.replaced)})
+                                     : message(Msg::Stored, {r.name, tonnes(r.tonnage), tableName}));
+        replacedAny = replacedAny || r.replaced > 0;
+    }
+    QString line = sentences.join(' ');
     if (subtracted) {
         line += ' ' + message(Msg::StoreSubtracted, {tonnes(tonnesTaken), QString::number(sourcesChanged),
                                                      QString::number(sourcesDeleted)});
@@ -35,7 +41,7 @@ QString StoreSummary::describe() const
     }
     if (!backups.isEmpty())
         line += ' ' + message(Msg::StoreBackups, {backups.join(QStringLiteral(", "))});
-    else if (subtracted || replaced > 0)
+    else if (subtracted || replacedAny)
         line += ' ' + message(Msg::StoreNoBackups);
     return line;
 }

@@ -29,6 +29,12 @@ void CKilnovaDoc::setClinkerProcess(const ClinkerProcessParameters& parameters)
     ClinkerFreeLime() = parameters.FreeLime;
 }
 
+const ClinkerProcessParameters& CKilnovaDoc::clinkerProcessForDialog()
+{
+    mSettings.clinkerProcess.FreeLime = ClinkerFreeLime();
+    return mSettings.clinkerProcess;
+}
+
 QString CKilnovaDoc::displayName() const
 {
     return mFilePath.isEmpty() ? QStringLiteral("Untitled") : QFileInfo(mFilePath).fileName();

@@ -37,6 +37,9 @@ public:
 
     /// Sets the clinker process parameters and mirrors the free lime into ClinkerFreeLime().
     void setClinkerProcess(const ClinkerProcessParameters& parameters);
+    /// The clinker process parameters as a dialog is filled with them: the program-wide free lime is
+    /// copied back into the document's first (the two never differ in practice).
+    const ClinkerProcessParameters& clinkerProcessForDialog();
 
     /// Path of the project file (.knv); empty until the document is saved or opened.
     const QString& filePath() const { return mFilePath; }

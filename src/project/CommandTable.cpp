@@ -98,7 +98,7 @@ const std::vector<CommandInfo>& CommandTable::commands()
          "Optimize a blend of stockpiles and additives",
          true,
          false},
-        {C::OptimizeClinker, {"Optimize", "Clinker"}, "Optimize a clinker", true, false},
+        {C::OptimizeClinker, {"Optimize", "Clinker"}, "Optimize a clinker", true, true},
         {C::AnalyseBlastCombinations,
          {"Optimize", "Analyse Blast Combinations"},
          "Analyse combinations of two blasts",

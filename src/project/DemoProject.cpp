@@ -4,6 +4,7 @@
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
 #include "database/Transaction.h"
+#include "optimise/SOURCE.h"
 #include "project/DemoDataError.h"
 #include "project/ProjectFile.h"
 
@@ -219,6 +220,103 @@ COptimizationParameters DemoProject::readBlastOptimisation(const QString& path, 
     return p;
 }
 
+ClinkerProcessParameters DemoProject::readClinkerProcess(const QString& path)
+{
+    const QFileInfo info(path);
+    const CsvFile csv = readCsv(info.path(), info.fileName());
+    if (csv.header.size() != 2)
+        throw DemoDataError(QStringLiteral("%1: the header must be Parameter,Value.").arg(csv.name));
+    ClinkerProcessParameters p;
+    const std::map<QString, float*> fields = {{"FixedLOI", &p.FixedLOI},
+                                              {"SO3InClinker", &p.SO3InClinker},
+                                              {"K2OInClinker", &p.K2OInClinker},
+                                              {"Na2OInClinker", &p.Na2OInClinker},
+                                              {"EnergyConsumptionFactor", &p.EnergyConsumptionFactor},
+                                              {"AshRecoveryFactor", &p.AshRecoveryFactor},
+                                              {"FreeLime", &p.FreeLime}};
+    QStringList seen;
+    for (const CsvLine& line : csv.lines) {
+        const auto field = fields.find(line.fields[0]);
+        if (field == fields.end() || seen.contains(line.fields[0]))
+            throw DemoDataError(
+                QStringLiteral("%1 line %2: \"%3\" is not a clinker process parameter, or is given "
+                               "twice.")
+                    .arg(csv.name)
+                    .arg(line.number)
+                    .arg(line.fields[0]));
+        const double v = number(csv, line, 1);
+        const bool retention = field->first.endsWith(QStringLiteral("InClinker"));
+        if (retention && !ClinkerProcessParameters::isValidRetention(v))
+            throw DemoDataError(QStringLiteral("%1 line %2: a retention lies within 0 and 100.")
+                                    .arg(csv.name)
+                                    .arg(line.number));
+        *field->second = static_cast<float>(v);
+        seen << line.fields[0];
+    }
+    if (seen.size() != static_cast<qsizetype>(fields.size()))
+        throw DemoDataError(
+            QStringLiteral("%1 must give all seven clinker process parameters.").arg(csv.name));
+    return p;
+}
+
+CClinkerOptParameters DemoProject::readClinkerOptimisation(const QString& path, const QStringList& listed)
+{
+    const QFileInfo info(path);
+    const CsvFile csv = readCsv(info.path(), info.fileName());
+    if (csv.header.size() != 4)
+        throw DemoDataError(
+            QStringLiteral("%1: the header must be Setting,Value,Minimum,Maximum.").arg(csv.name));
+    const std::map<QString, qint32> modes = {{"Minimize", CClinkerOptParameters::kMinimize},
+                                             {"Maximize", CClinkerOptParameters::kMaximize},
+                                             {"Target", CClinkerOptParameters::kTarget}};
+    CClinkerOptParameters p;
+    for (const CsvLine& line : csv.lines) {
+        const QString& setting = line.fields[0];
+        const QString& value = line.fields[1];
+        const auto fail = [&](const QString& why) {
+            return DemoDataError(QStringLiteral("%1 line %2: %3").arg(csv.name).arg(line.number).arg(why));
+        };
+        if (setting == "Selection") {
+            if (value == "Crude + Coal")
+                p.sourceSelection = CClinkerOptParameters::kCrudeAndCoal;
+            else if (value == "Stockpile + Additives + Coal")
+                p.sourceSelection = CClinkerOptParameters::kStockpileAdditivesAndCoal;
+            else
+                throw fail(QStringLiteral("\"%1\" is not a selection of sources.").arg(value));
+        } else if (setting == "Mode") {
+            const auto mode = modes.find(value);
+            if (mode == modes.end())
+                throw fail(QStringLiteral("\"%1\" is not a mode.").arg(value));
+            p.mode = mode->second;
+        } else if (setting == "Element") {
+            p.optimizedElement = elementName(element(csv, line, kElementCount - 1));
+        } else if (setting == "Target") {
+            p.target = number(csv, line, 1);
+        } else if (setting == "Tonnage") {
+            p.requestedTonnage = number(csv, line, 1);
+        } else if (setting == "Crude" || setting == "Stockpile" || setting == "Additive" ||
+                   setting == "Coal") {
+            if (!listed.contains(value))
+                throw fail(QStringLiteral("there is no source \"%1\".").arg(value));
+            (setting == "Coal"       ? p.coalSources
+             : setting == "Additive" ? p.additiveSources
+                                     : p.crudeSources)
+                << value;
+        } else if (setting == "Constraint") {
+            const int e = element(csv, line, kElementCount - 1);
+            const double minimum = number(csv, line, 2);
+            const double maximum = number(csv, line, 3);
+            ConstraintEntry& entry = p.constraints[static_cast<std::size_t>(e)];
+            if (entry.isActive())
+                throw fail(QStringLiteral("%1 is constrained twice.").arg(elementName(e)));
+            entry = {minimum, maximum, ConstraintEntry::format(minimum, elementName(e), maximum), 1};
+        } else {
+            throw fail(QStringLiteral("\"%1\" is not a setting.").arg(setting));
+        }
+    }
+    return p;
+}
+
 void DemoProject::build(const QString& dataDir, const QString& outDir)
 {
     // Every file is read before anything is written, so bad data leaves nothing behind.
@@ -242,6 +340,15 @@ void DemoProject::build(const QString& dataDir, const QString& outDir)
     }
     const COptimizationParameters optimisation =
         readBlastOptimisation(QDir(dataDir).filePath(QStringLiteral("blast-optimisation.csv")), blastNames);
+    const ClinkerProcessParameters process =
+        readClinkerProcess(QDir(dataDir).filePath(QStringLiteral("clinker-process.csv")));
+    QStringList listed;
+    for (const auto& [table, list] : tables) {
+        for (const Record& r : list)
+            listed << SOURCE::fromRecord(r).listText();
+    }
+    const CClinkerOptParameters clinker =
+        readClinkerOptimisation(QDir(dataDir).filePath(QStringLiteral("clinker-optimisation.csv")), listed);
 
     if (!QDir().mkpath(outDir))
         throw DemoDataError(
@@ -274,6 +381,8 @@ void DemoProject::build(const QString& dataDir, const QString& outDir)
     ProjectSettings settings;
     settings.databasePath = databasePath;
     settings.blastOptimization = optimisation;
+    settings.clinkerProcess = process;
+    settings.clinkerOptimization = clinker;
     try {
         ProjectFile::save(settings, out.absoluteFilePath(projectName()));
     } catch (...) {

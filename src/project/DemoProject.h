@@ -1,5 +1,7 @@
 #pragma once
 
+#include "chemistry/ClinkerProcessParameters.h"
+#include "optimise/CClinkerOptParameters.h"
 #include "optimise/COptimizationParameters.h"
 
 #include <QString>
@@ -9,7 +11,8 @@ namespace kilnova {
 /// Builds the demo project from its data files: a fresh project database filled from one CSV file
 /// per table (blasts.csv, blast-deviations.csv, stockpiles.csv, crude.csv, clinker.csv,
 /// additives.csv, coal.csv) and a project file that uses it, with the blast optimisation settings
-/// of blast-optimisation.csv ready to run.
+/// of blast-optimisation.csv, the kiln of clinker-process.csv and the clinker optimisation settings
+/// of clinker-optimisation.csv ready to run.
 ///
 /// A table file has "#" comment lines, a header naming database columns and one record per line;
 /// missing columns keep their defaults and the derived columns are computed from the oxides. A
@@ -25,6 +28,13 @@ public:
 
     /// The settings that blast-optimisation.csv describes; blasts named there must be in blastNames.
     static COptimizationParameters readBlastOptimisation(const QString& path, const QStringList& blastNames);
+
+    /// The seven figures of clinker-process.csv (Parameter,Value; every one of them once).
+    static ClinkerProcessParameters readClinkerProcess(const QString& path);
+    /// The settings that clinker-optimisation.csv describes; a Crude, Stockpile, Additive or Coal line
+    /// names a source as its list shows it ("Name (Source)" for crudes and stockpiles), which must be
+    /// among `listed` (the list texts of the demo's records).
+    static CClinkerOptParameters readClinkerOptimisation(const QString& path, const QStringList& listed);
 
     static QString databaseName() { return QStringLiteral("demo.kndb"); }
     static QString projectName() { return QStringLiteral("demo.knv"); }

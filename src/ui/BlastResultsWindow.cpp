@@ -2,29 +2,21 @@
 
 #include "chemistry/ChemEquationCoefficients.h"
 #include "common/MessageTable.h"
+#include "optimise/BlendChartData.h"
 #include "project/CKilnovaDoc.h"
-
-#include <QHBoxLayout>
-#include <QPushButton>
 
 namespace kilnova {
 
 BlastResultsWindow::BlastResultsWindow(const BlastOptimization::Result& result, CKilnovaDoc& doc,
                                        UserPrompt& ui, QWidget* parent)
-    : ReportWindow(QStringLiteral("Blast Optimization Results"), result.report, ui, parent)
+    : OptimizationResultsWindow(QStringLiteral("Blast Optimization Results"), result.report, doc, ui, parent)
     , mResult(result)
     , mDoc(doc)
 {
-    setPageHeader(PageHeader::of(doc));
-    auto* store = new QPushButton(QStringLiteral("Store blend…"));
-    store->setObjectName(QStringLiteral("storeBlend"));
-    store->setToolTip(
-        QStringLiteral("Save the blend as a new stockpile and subtract its tonnes from the blasts"));
-    connect(store, &QPushButton::clicked, this, [this, store] {
-        if (storeBlend())
-            store->setEnabled(false); // the blasts have changed; a second store would take twice
-    });
-    actionArea()->addWidget(store);
+    addStoreAction(
+        QStringLiteral("Store blend…"), QStringLiteral("storeBlend"),
+        QStringLiteral("Save the blend as a new stockpile and subtract its tonnes from the blasts"),
+        [this] { return storeBlend(); });
     setChart(BlendChartData::of(result.request, result.outcome, chemCoefficients()));
 }
 

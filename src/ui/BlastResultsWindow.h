@@ -1,7 +1,7 @@
 #pragma once
 
 #include "optimise/BlastOptimization.h"
-#include "ui/ReportWindow.h"
+#include "ui/OptimizationResultsWindow.h"
 
 namespace kilnova {
 
@@ -9,7 +9,7 @@ class CKilnovaDoc;
 
 /// "Blast Optimization Results": the report, and "Store blend…" to keep the blend as a new
 /// stockpile and take its tonnes out of the blasts.
-class BlastResultsWindow final : public ReportWindow {
+class BlastResultsWindow final : public OptimizationResultsWindow {
     Q_OBJECT
 public:
     BlastResultsWindow(const BlastOptimization::Result& result, CKilnovaDoc& doc, UserPrompt& ui,

@@ -15,6 +15,12 @@ class CClinkerProcess final : public QDialog {
     Q_OBJECT
 public:
     CClinkerProcess(const ClinkerProcessParameters& parameters, UserPrompt& ui, QWidget* parent = nullptr);
+    /// The dialog with its own starting values (ClinkerProcessParameters::dialogDefaults()); the
+    /// program always fills it from the document instead.
+    explicit CClinkerProcess(UserPrompt& ui, QWidget* parent = nullptr)
+        : CClinkerProcess(ClinkerProcessParameters::dialogDefaults(), ui, parent)
+    {
+    }
 
     /// The values accepted by OK.
     const ClinkerProcessParameters& parameters() const { return mParameters; }

@@ -9,9 +9,11 @@
 #include "ui/BlastResultsWindow.h"
 #include "ui/CBackupStockpileRecords.h"
 #include "ui/CChemicalEquationsParms.h"
+#include "ui/CClinkerOptResults.h"
 #include "ui/CClinkerProcess.h"
 #include "ui/CCombineBlasts.h"
 #include "ui/CKilnovaView.h"
+#include "ui/COptimizeAdditives.h"
 #include "ui/COptimizeBlasts.h"
 #include "ui/GuiImportDialogs.h"
 #include "ui/GuiPrompt.h"
@@ -127,6 +129,9 @@ void CMainFrame::registerHandlers()
     mHandlers[CommandId::OptimizeBlasts] = [this] {
         optimizeBlasts();
     };
+    mHandlers[CommandId::OptimizeClinker] = [this] {
+        optimizeClinker();
+    };
     mHandlers[CommandId::AnalyseBlastCombinations] = [this] {
         CCombineBlasts::run(mDoc, *mPrompt, this);
     };
@@ -198,6 +203,23 @@ void CMainFrame::optimizeBlasts()
     }
 }
 
+void CMainFrame::optimizeClinker()
+{
+    auto showResults = [this](const ClinkerOptimization::Result& result) {
+        QWidget* over = QApplication::activeModalWidget();
+        CClinkerOptResults window(result, mDoc, *mPrompt, over ? over : this);
+        window.exec();
+    };
+    // The dialog works on a copy of the process parameters taken now.
+    const ClinkerProcessParameters process = mDoc.clinkerProcessForDialog();
+    COptimizeAdditives dialog(*mDoc.database(), mDoc.settings().clinkerOptimization, process,
+                              static_cast<double>(process.FreeLime), *mPrompt, showResults, this);
+    if (dialog.exec() == QDialog::Accepted) {
+        mDoc.settings().clinkerOptimization = dialog.parameters();
+        mDoc.setModified();
+    }
+}
+
 void CMainFrame::restoreBackups(BackupRestore::Kind kind)
 {
     if (kind == BackupRestore::Kind::Blasts)
@@ -213,7 +235,7 @@ void CMainFrame::deleteBackups(BackupRestore::Kind kind)
 
 void CMainFrame::editClinkerProcess()
 {
-    CClinkerProcess dialog(mDoc.settings().clinkerProcess, *mPrompt, this);
+    CClinkerProcess dialog(mDoc.clinkerProcessForDialog(), *mPrompt, this);
     // Its values reach the file with the next save; the dialog alone does not mark the project modified.
     if (dialog.exec() == QDialog::Accepted)
         mDoc.setClinkerProcess(dialog.parameters());

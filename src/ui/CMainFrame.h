@@ -56,6 +56,7 @@ private:
     void openPendingWhenFree();
     void editChemicalEquations();
     void editClinkerProcess();
+    void optimizeClinker();
     void optimizeBlasts();
     void restoreBackups(BackupRestore::Kind kind);
     void deleteBackups(BackupRestore::Kind kind);

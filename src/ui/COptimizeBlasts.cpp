@@ -4,6 +4,7 @@
 #include "database/DatabaseError.h"
 #include "optimise/ConstraintEntry.h"
 #include "optimise/QuarryMapData.h"
+#include "ui/ConstraintEditor.h"
 #include "ui/NumberField.h"
 #include "ui/QuarryMapLink.h"
 #include "ui/QuarryMapPane.h"
@@ -45,10 +46,7 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     , mElement(new QComboBox)
     , mTarget(numberField("target"))
     , mTonnage(numberField("requestedTonnage"))
-    , mMinimum(numberField("minimum"))
-    , mConstraintElement(new QComboBox)
-    , mMaximum(numberField("maximum"))
-    , mConstraints(new QListWidget)
+    , mConstraints(new ConstraintEditor(QStringLiteral("Constraints"), mOptimization, ui))
     , mSourceCaption(new QLabel)
     , mSources(new QListWidget)
     , mFilter(new QCheckBox(QStringLiteral("Filter by coordinate")))
@@ -58,8 +56,6 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     setWindowTitle(QStringLiteral("Optimize Blasts"));
     mMode->setObjectName("mode");
     mElement->setObjectName("element");
-    mConstraintElement->setObjectName("constraintElement");
-    mConstraints->setObjectName("constraints");
     mSources->setObjectName("sources");
     mSourceCaption->setObjectName("sourceCaption");
     mFilter->setObjectName("filter");
@@ -69,9 +65,8 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     mMode->addItems(BlastOptimization::modeChoices());
     mMode->setCurrentIndex(mOptimization.modeChoice());
     for (int k = 0; k < kElementCount; ++k) {
-        if (k < elementIndex(Element::Cl))
+        if (k < mOptimization.optimisableCount())
             mElement->addItem(elementName(k));
-        mConstraintElement->addItem(elementName(k));
     }
     mElement->setCurrentIndex(mOptimization.element());
     mTarget->setValue(mOptimization.target());
@@ -84,25 +79,6 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     objective->addWidget(mTarget, 1, 1);
     objective->addWidget(new QLabel(QStringLiteral("Requested tonnage:")), 2, 0);
     objective->addWidget(mTonnage, 2, 1);
-
-    // Constraints
-    auto* editor = new QHBoxLayout;
-    editor->addWidget(mMinimum);
-    editor->addWidget(new QLabel(QStringLiteral("<=")));
-    editor->addWidget(mConstraintElement);
-    editor->addWidget(new QLabel(QStringLiteral("<=")));
-    editor->addWidget(mMaximum);
-    auto* add = new QPushButton(QStringLiteral("Add"));
-    auto* modify = new QPushButton(QStringLiteral("Modify"));
-    auto* remove = new QPushButton(QStringLiteral("Remove"));
-    auto* constraintButtons = new QHBoxLayout;
-    for (QPushButton* b : {add, modify, remove})
-        constraintButtons->addWidget(b);
-    auto* constraintBox = new QGroupBox(QStringLiteral("Constraints"));
-    auto* constraintLayout = new QVBoxLayout(constraintBox);
-    constraintLayout->addLayout(editor);
-    constraintLayout->addLayout(constraintButtons);
-    constraintLayout->addWidget(mConstraints);
 
     // Sources
     mSources->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -148,7 +124,7 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
 
     auto* right = new QVBoxLayout;
     right->addLayout(objective);
-    right->addWidget(constraintBox);
+    right->addWidget(mConstraints);
     auto* rightPane = new QWidget;
     rightPane->setLayout(right);
     right->setContentsMargins(0, 0, 0, 0);
@@ -171,20 +147,6 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     });
     connect(mElement, &QComboBox::currentIndexChanged, this,
             [this](int index) { mOptimization.setElement(index); });
-    connect(mConstraints, &QListWidget::currentRowChanged, this, [this](int row) {
-        if (row < 0 || row >= static_cast<int>(mOptimization.constraintElements().size()))
-            return;
-        const int element = mOptimization.constraintElements()[static_cast<std::size_t>(row)];
-        mConstraintElement->setCurrentIndex(element);
-        mMinimum->setValue(mOptimization.constraint(element).minimum);
-        mMaximum->setValue(mOptimization.constraint(element).maximum);
-    });
-    connect(add, &QPushButton::clicked, this, [this] { editConstraint(false); });
-    connect(modify, &QPushButton::clicked, this, [this] { editConstraint(true); });
-    connect(remove, &QPushButton::clicked, this, [this] {
-        mOptimization.removeConstraint(mConstraints->currentRow());
-        showConstraints();
-    });
     connect(refresh, &QPushButton::clicked, this, [this] {
         reloadMap();
         refreshSources();
@@ -206,7 +168,6 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
         mMap->view(), {mSources, Qt::DisplayRole, mFilter, mBounds}, [this] { selectionChanged(); },
         [this] { refreshSources(); }, this);
 
-    showConstraints();
     reloadMap();
     refreshSources();
     updateEnabling();
@@ -240,33 +201,6 @@ void COptimizeBlasts::updateEnabling()
     mTarget->setEnabled(mOptimization.targetEnabled());
     mElement->setEnabled(mOptimization.elementAndTonnageEnabled());
     mTonnage->setEnabled(mOptimization.elementAndTonnageEnabled());
-}
-
-void COptimizeBlasts::showConstraints()
-{
-    const int row = mConstraints->currentRow();
-    mConstraints->clear();
-    mConstraints->addItems(mOptimization.constraintTexts());
-    mConstraints->setCurrentRow(std::min(row, mConstraints->count() - 1));
-}
-
-void COptimizeBlasts::editConstraint(bool modify)
-{
-    const std::optional<double> minimum = requireNumber(mMinimum, mUi);
-    if (!minimum)
-        return;
-    const std::optional<double> maximum = requireNumber(mMaximum, mUi);
-    if (!maximum)
-        return;
-    const int element = mConstraintElement->currentIndex();
-    const std::optional<QString> refusal =
-        modify ? mOptimization.modifyConstraint(mConstraints->currentRow(), element, *minimum, *maximum)
-               : mOptimization.addConstraint(element, *minimum, *maximum);
-    if (refusal) {
-        mUi.showMessage(*refusal, UserPrompt::Icon::Warning, {});
-        return;
-    }
-    showConstraints();
 }
 
 bool COptimizeBlasts::readFields()

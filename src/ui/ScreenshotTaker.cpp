@@ -3,8 +3,10 @@
 #include "project/CKilnovaDoc.h"
 #include "ui/AboutBox.h"
 #include "ui/BlastResultsWindow.h"
+#include "ui/CClinkerOptResults.h"
 #include "ui/CCombineBlasts.h"
 #include "ui/CMainFrame.h"
+#include "ui/COptimizeAdditives.h"
 #include "ui/COptimizeBlasts.h"
 #include "ui/QuietPrompt.h"
 #include "ui/RecordDialog.h"
@@ -95,6 +97,26 @@ int ScreenshotTaker::run(const QString& project, const QString& dialog, const QS
         combine.refreshSources();
         combine.show();
         return save(&combine, output) ? 0 : 1;
+    }
+
+    if (dialog == QLatin1String("optimize-clinker") || dialog == QLatin1String("clinker-results")) {
+        if (!doc.database())
+            return 1;
+        const ClinkerProcessParameters process = doc.clinkerProcessForDialog();
+        COptimizeAdditives optimize(*doc.database(), doc.settings().clinkerOptimization, process,
+                                    static_cast<double>(process.FreeLime), prompt, {}, &frame);
+        optimize.show();
+        if (dialog == QLatin1String("optimize-clinker"))
+            return save(&optimize, output) ? 0 : 1;
+        const ClinkerOptimization::Result result = optimize.optimization().optimize();
+        if (!result.outcome.solved) {
+            std::fprintf(stderr, "%s\n", qPrintable(result.outcome.message));
+            return 1;
+        }
+        CClinkerOptResults results(result, doc, prompt, &frame);
+        results.resize(820, 900);
+        results.show();
+        return save(&results, output) ? 0 : 1;
     }
 
     const std::map<QString, Table> tables = {{"blast", Table::Blast},         {"stockpile", Table::Stockpile},

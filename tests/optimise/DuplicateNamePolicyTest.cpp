@@ -151,7 +151,7 @@ TEST_F(DuplicateNamePolicyTest, RefuseWritesNothingAndSaysWhy)
 
     // Another name in another table is no clash; the same name twice more counts them.
     named.table = Table::Crude;
-    EXPECT_EQ(SourceUpdate::store(*mDb, named, {}, false).replaced, 0);
+    EXPECT_EQ(SourceUpdate::store(*mDb, named, {}, false).records.at(0).replaced, 0);
     named.table = Table::Stockpile;
     SourceUpdate::store(*mDb, named, {}, false, Choice::KeepBoth);
     EXPECT_EQ(DuplicateNamePolicy::refusal(Table::Stockpile, "Pile 7", 2),

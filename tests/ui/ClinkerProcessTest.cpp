@@ -23,6 +23,14 @@ private slots:
         QCOMPARE(shown, QStringList({"0", "100", "100", "100", "1500", "0", "0"}));
     }
 
+    void theDialogsOwnStartTakesUpAllTheAsh()
+    {
+        ScriptedPrompt ui;
+        CClinkerProcess d(ui);
+        QCOMPARE(d.findChild<NumberField*>("AshRecoveryFactor")->text(), QStringLiteral("100"));
+        QCOMPARE(d.findChild<NumberField*>("EnergyConsumptionFactor")->text(), QStringLiteral("1500"));
+    }
+
     void retentionsMustLieWithinZeroAndHundred_data()
     {
         QTest::addColumn<QString>("field");

@@ -1,0 +1,227 @@
+#include "cli/CliProject.h"
+#include "cli/OptimizeKind.h"
+#include "common/MessageTable.h"
+#include "optimise/BlastOptimization.h"
+#include "optimise/BlendSummary.h"
+#include "optimise/ClinkerOptimization.h"
+
+#include <QJsonArray>
+
+#include <algorithm>
+
+namespace kilnova {
+
+namespace {
+
+QJsonObject failedJson(const QString& message)
+{
+    return {{"status", "failed"}, {"message", message}};
+}
+
+QJsonObject elementsJson(const std::array<double, kElementCount>& values)
+{
+    QJsonObject o;
+    for (int k = 0; k < kElementCount; ++k)
+        o[elementName(k)] = values[static_cast<std::size_t>(k)];
+    return o;
+}
+
+class BlastKind final : public OptimizeKind {
+public:
+    explicit BlastKind(CliProject& project)
+        : mOptimization(*project.db, project.settings.blastOptimization)
+    {
+    }
+    OptimizationSettings& settings() override { return mOptimization; }
+    std::optional<QString> configure(const OptimizeOptions& options) override
+    {
+        if (options.selection())
+            mOptimization.setSelection(*options.selection());
+        return std::nullopt;
+    }
+    void keep(ProjectSettings& s) const override
+    {
+        s.blastOptimization = mOptimization.parametersForOk(s.blastOptimization);
+    }
+    void optimize() override { mResult = mOptimization.optimize(BlastOptimization::debugFilePath()); }
+    bool solved() const override { return mResult.outcome.solved; }
+    QString message() const override { return mResult.outcome.message; }
+    QString report() const override { return mResult.report; }
+    QJsonObject json() const override
+    {
+        if (!solved())
+            return failedJson(message());
+        QJsonObject json = {{"status", "optimal"}, {"message", QString()}};
+        QJsonArray tonnes;
+        for (std::size_t j = 0; j < mResult.request.sources.size(); ++j) {
+            if (mResult.outcome.counts(j))
+                tonnes.append(QJsonObject{{"blast", mResult.request.sources[j].name},
+                                          {"tonnes", mResult.outcome.tonnes(j)}});
+        }
+        json["tonnes"] = tonnes;
+        const BlendSummary blend = BlendSummary::of(mResult.request, mResult.outcome, chemCoefficients());
+        json["optimizedTonnage"] = blend.tonnage;
+        json["mix"] = elementsJson(blend.values);
+        return json;
+    }
+    BlendChartData chart() const override
+    {
+        return BlendChartData::of(mResult.request, mResult.outcome, chemCoefficients());
+    }
+    SourceUpdate::Blend blend(std::size_t) const override { return BlastOptimization::blendOf(mResult); }
+    std::vector<SourceUpdate::Take> takes() const override { return BlastOptimization::takesOf(mResult); }
+
+private:
+    BlastOptimization mOptimization;
+    BlastOptimization::Result mResult;
+};
+
+const QString kCrudeCoal = QStringLiteral("--crude-coal");
+const QString kStockpiles = QStringLiteral("--stockpile-additives-coal");
+const QString kTonnageLimit = QStringLiteral("--tonnage-limit");
+
+class ClinkerKind final : public OptimizeKind {
+public:
+    explicit ClinkerKind(CliProject& project)
+        : mOptimization(*project.db, project.settings.clinkerOptimization, project.settings.clinkerProcess,
+                        static_cast<double>(project.settings.clinkerProcess.FreeLime))
+    {
+    }
+    OptimizationSettings& settings() override { return mOptimization; }
+    std::optional<QString> configure(const OptimizeOptions& options) override
+    {
+        if (options.flag(kCrudeCoal) && options.flag(kStockpiles))
+            return QStringLiteral("choose either --crude-coal or --stockpile-additives-coal");
+        if (options.flag(kCrudeCoal) || options.flag(kStockpiles))
+            mOptimization.setStockpiles(options.flag(kStockpiles));
+        if (options.flag(kTonnageLimit)) {
+            if (std::optional<QString> problem = tonnageLimits(options.values(kTonnageLimit)))
+                return problem;
+        }
+        if (options.selection()) {
+            mOptimization.setRawSelection({});
+            mOptimization.setAdditiveSelection({});
+            mOptimization.setCoalSelection({});
+            for (const QString& name : *options.selection()) {
+                if (!mOptimization.select(name))
+                    return QStringLiteral("--select: \"%1\" names no single %2, additive or coal")
+                        .arg(name, mOptimization.rawCaption().toLower());
+            }
+        }
+        return std::nullopt;
+    }
+    void keep(ProjectSettings& s) const override
+    {
+        s.clinkerOptimization = mOptimization.parametersForOk(s.clinkerOptimization);
+    }
+    void optimize() override { mResult = mOptimization.optimize(ClinkerOptimization::debugFilePath()); }
+    bool solved() const override { return mResult.outcome.solved; }
+    QString message() const override { return mResult.outcome.message; }
+    QString report() const override { return mResult.report; }
+    QJsonObject json() const override
+    {
+        if (!solved())
+            return failedJson(message());
+        QJsonObject json = {{"status", "optimal"}, {"message", mResult.outcome.message}};
+        QJsonArray tonnes;
+        for (std::size_t j = 0; j < mResult.request.sources.size(); ++j) {
+            if (!mResult.outcome.counts(j))
+                continue;
+            const SOURCE& s = mResult.request.sources[j];
+            QJsonObject taken{
+                {"kind", SOURCE::kindWord(s.kind)}, {"name", s.name}, {"tonnes", mResult.outcome.tonnes(j)}};
+            if (!s.source.isEmpty())
+                taken["source"] = s.source;
+            tonnes.append(taken);
+        }
+        const ClinkerBalance& b = mResult.balance;
+        json["tonnes"] = tonnes;
+        json["clinkerTonnage"] = b.clinkerTonnage;
+        json["areNeeded"] = b.areNeeded();
+        json["degenerated"] = b.degenerated;
+        json["clinker"] = elementsJson(b.clinker);
+        json["crudeTonnage"] = b.crudeTonnage;
+        json["crude"] = elementsJson(b.crude);
+        if (b.coalUsed)
+            json["coal"] = elementsJson(b.coal);
+        json["crudeCost"] = b.crudeCost;
+        json["clinkerCost"] = b.clinkerCost;
+        return json;
+    }
+    QStringList warnings() const override
+    {
+        if (mResult.balance.degenerated)
+            return {kilnova::message(Msg::DegeneratedSolution)};
+        return {};
+    }
+    BlendChartData chart() const override { return ClinkerOptimization::chartOf(mResult); }
+    SourceUpdate::Blend blend(std::size_t store) const override
+    {
+        return store == 0 ? ClinkerOptimization::clinkerOf(mResult) : ClinkerOptimization::crudeOf(mResult);
+    }
+    std::vector<SourceUpdate::Take> takes() const override { return ClinkerOptimization::takesOf(mResult); }
+
+private:
+    /// --tonnage-limit replaces the stored limits.
+    std::optional<QString> tonnageLimits(const QStringList& texts)
+    {
+        while (!mOptimization.tonnageConstraints().isEmpty())
+            mOptimization.removeTonnageConstraint(0);
+        const std::vector<RecordKey> piles = mOptimization.stockpileKeys();
+        for (const QString& text : texts) {
+            const std::optional<OptimizeOptions::Limit> limit = OptimizeOptions::parseLimit(text);
+            if (!limit)
+                return QStringLiteral("--tonnage-limit \"%1\" is not \"MIN <= STOCKPILE (SOURCE) <= MAX\"")
+                    .arg(text);
+            const auto pile = std::find_if(piles.begin(), piles.end(), [&limit](const RecordKey& k) {
+                return SOURCE::listText(k.name, k.source) == limit->name;
+            });
+            if (pile == piles.end())
+                return QStringLiteral("--tonnage-limit \"%1\": there is no stockpile \"%2\"")
+                    .arg(text, limit->name);
+            if (const std::optional<QString> refusal =
+                    mOptimization.addTonnageConstraint(*pile, limit->minimum, limit->maximum))
+                return QStringLiteral("--tonnage-limit \"%1\": %2").arg(text, *refusal);
+        }
+        return std::nullopt;
+    }
+
+    ClinkerOptimization mOptimization;
+    ClinkerOptimization::Result mResult;
+};
+
+template <typename K> std::function<std::unique_ptr<OptimizeKind>(CliProject&)> maker()
+{
+    return [](CliProject& project) -> std::unique_ptr<OptimizeKind> {
+        return std::make_unique<K>(project);
+    };
+}
+
+} // namespace
+
+const std::vector<OptimizeKind::Entry>& OptimizeKind::entries()
+{
+    using Arity = OptimizeOptions::Arity;
+    static const std::vector<Entry> kinds = {
+        {QStringLiteral("blasts"),
+         QStringLiteral(
+             "  optimize blasts PROJECT.knv [SETTINGS] [COMMON] [--store NAME]\n"
+             "                                      optimise blasts with the project's stored settings\n"),
+         {},
+         {{QStringLiteral("--store"), Table::Stockpile}},
+         maker<BlastKind>()},
+        {QStringLiteral("clinker"),
+         QStringLiteral(
+             "  optimize clinker PROJECT.knv [SETTINGS] [COMMON] [--crude-coal | "
+             "--stockpile-additives-coal]\n"
+             "      [--tonnage-limit \"MIN <= STOCKPILE (SOURCE) <= MAX\"]... [--store-clinker NAME]\n"
+             "      [--store-crude NAME]           optimise a clinker with the project's stored settings\n"),
+         {{kCrudeCoal, Arity::Flag}, {kStockpiles, Arity::Flag}, {kTonnageLimit, Arity::Repeated}},
+         {{QStringLiteral("--store-clinker"), Table::Clinker},
+          {QStringLiteral("--store-crude"), Table::Crude}},
+         maker<ClinkerKind>()},
+    };
+    return kinds;
+}
+
+} // namespace kilnova
