@@ -1,5 +1,6 @@
 #include "cli/CliCommands.h"
 
+#include "cli/ActualCommand.h"
 #include "cli/CliPrompt.h"
 #include "cli/CombineCommand.h"
 #include "cli/DemoCommand.h"
@@ -54,7 +55,7 @@ int CliCommands::usage(const QString& problem)
 {
     if (!problem.isEmpty())
         mErr << "kilnova-cli: " << problem << '\n';
-    mErr << kUsage << OptimizeCommand::usage();
+    mErr << kUsage << ActualCommand::usage() << OptimizeCommand::usage();
     mErr.flush();
     return 2;
 }
@@ -82,13 +83,18 @@ int CliCommands::run(const QStringList& arguments)
         const int status = combine.run(rest);
         return status == CombineCommand::kWrongUsage ? usage(combine.problem()) : status;
     }
+    if (command == "actual") {
+        ActualCommand actual(mOut, mErr);
+        const int status = actual.run(rest);
+        return status == ActualCommand::kWrongUsage ? usage(actual.problem()) : status;
+    }
     if (command == "import") {
         ImportCommand import(mOut, mErr);
         const int status = import.run(rest);
         return status == ImportCommand::kWrongUsage ? usage(import.problem()) : status;
     }
     if (command == "--help" || command == "-h" || command == "help") {
-        mOut << kUsage << OptimizeCommand::usage();
+        mOut << kUsage << ActualCommand::usage() << OptimizeCommand::usage();
         return 0;
     }
     return usage(QStringLiteral("unknown command \"%1\"").arg(arguments.join(' ')));

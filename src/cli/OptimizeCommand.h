@@ -26,6 +26,7 @@ public:
 
 private:
     int blasts(const QString& project, const QStringList& args);
+    int stockpiles(const QString& project, const QStringList& args);
 
     int wrongUsage(const QString& problem);
     /// Writes the settings changed by `change` back into the project file (--save); false after

@@ -112,6 +112,23 @@ const QHash<int, QString>& table()
         {30307, QStringLiteral("The %1 table cannot be read: %2")},
         {30308, QStringLiteral("The four Actual stockpiles keep their Name and Source, and no other "
                                "stockpile may take them.")},
+        {30900, QStringLiteral("The %1 \"%2\" is no longer in the %3 table; refresh the list of sources.")},
+        {30901,
+         QStringLiteral("\"%1\" is neither a stockpile, written NAME (SOURCE), nor an additive of this "
+                        "database.")},
+        {30902, QStringLiteral("The stockpile \"%1\" has no Quantity (-1): nothing was blended.")},
+        {30903, QStringLiteral("The stockpile \"%1\" cannot be added to itself: nothing was blended.")},
+        {30904, QStringLiteral("Choose at least one stockpile to add and the stockpile that receives them.")},
+        {30905, QStringLiteral("The stockpile \"%1\" is no longer in the Stockpile table: nothing was "
+                               "blended.")},
+        {30906, QStringLiteral("The data source %1 cannot be opened: %2\nNothing was changed.")},
+        {30907, QStringLiteral("The Actual stockpiles cannot be read from %1: %2\nNothing was changed.")},
+        {30908,
+         QStringLiteral("The row of %1 in stkpiles holds \"%2\" in %3, which is not a number.\nNothing "
+                        "was changed.")},
+        {30909, QStringLiteral("The table stkpiles of %1 holds none of the four Actual stockpiles.\nNothing "
+                               "was changed.")},
+        {30910, QStringLiteral("%1 Actual stockpiles were replaced from %2.")},
     };
     return texts;
 }

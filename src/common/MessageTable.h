@@ -84,6 +84,18 @@ enum class Msg : int {
     RecordsNotDeleted,
     CannotReadTable,
     ActualStockpileKeyKept,
+    // Stockpile optimisation and the Actual stockpiles (30900-30999).
+    SourceGone = 30900,
+    UnknownSource,
+    BlendQuantityMissing,
+    BlendIntoItself,
+    BlendNeedsSources,
+    BlendStockpileGone,
+    ExternalCannotOpen,
+    ExternalCannotRead,
+    ExternalNotANumber,
+    ExternalNoActual,
+    ActualRefreshed,
 };
 
 /// The exact text of a message with %1, %2, ... filled in from args (numbers are formatted by the

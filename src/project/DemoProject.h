@@ -1,6 +1,8 @@
 #pragma once
 
+#include "database/Record.h"
 #include "optimise/COptimizationParameters.h"
+#include "optimise/CSTKOptParameters.h"
 
 #include <QString>
 
@@ -9,7 +11,8 @@ namespace kilnova {
 /// Builds the demo project from its data files: a fresh project database filled from one CSV file
 /// per table (blasts.csv, blast-deviations.csv, stockpiles.csv, crude.csv, clinker.csv,
 /// additives.csv, coal.csv) and a project file that uses it, with the blast optimisation settings
-/// of blast-optimisation.csv ready to run.
+/// of blast-optimisation.csv and the stockpile optimisation settings of stockpile-optimisation.csv
+/// ready to run.
 ///
 /// A table file has "#" comment lines, a header naming database columns and one record per line;
 /// missing columns keep their defaults and the derived columns are computed from the oxides. A
@@ -25,6 +28,12 @@ public:
 
     /// The settings that blast-optimisation.csv describes; blasts named there must be in blastNames.
     static COptimizationParameters readBlastOptimisation(const QString& path, const QStringList& blastNames);
+    /// The settings that stockpile-optimisation.csv describes: its Stockpile lines ("NAME (SOURCE)") must
+    /// name one of `stockpiles`, its Additive lines one of `additives`; Left lines limit what stays in the
+    /// stockpiles as Constraint lines limit the crude.
+    static CSTKOptParameters readStockpileOptimisation(const QString& path,
+                                                       const std::vector<RecordKey>& stockpiles,
+                                                       const QStringList& additives);
 
     static QString databaseName() { return QStringLiteral("demo.kndb"); }
     static QString projectName() { return QStringLiteral("demo.knv"); }

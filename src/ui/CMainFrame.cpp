@@ -7,13 +7,16 @@
 #include "ui/BlastResultsWindow.h"
 #include "ui/CBackupStockpileRecords.h"
 #include "ui/CChemicalEquationsParms.h"
+#include "ui/CChooseDataSource.h"
 #include "ui/CClinkerProcess.h"
 #include "ui/CCombineBlasts.h"
 #include "ui/CKilnovaView.h"
 #include "ui/COptimizeBlasts.h"
+#include "ui/COptimizeStockpiles.h"
 #include "ui/GuiImportDialogs.h"
 #include "ui/GuiPrompt.h"
 #include "ui/RecentFiles.h"
+#include "ui/StockpileResultsWindow.h"
 #include "ui/TableDialog.h"
 
 #include <QApplication>
@@ -124,6 +127,9 @@ void CMainFrame::registerHandlers()
     mHandlers[CommandId::OptimizeBlasts] = [this] {
         optimizeBlasts();
     };
+    mHandlers[CommandId::OptimizeStockpiles] = [this] {
+        optimizeStockpiles();
+    };
     mHandlers[CommandId::AnalyseBlastCombinations] = [this] {
         CCombineBlasts::run(mDoc, *mPrompt, this);
     };
@@ -191,6 +197,25 @@ void CMainFrame::optimizeBlasts()
     COptimizeBlasts dialog(*mDoc.database(), mDoc.settings().blastOptimization, *mPrompt, showResults, this);
     if (dialog.exec() == QDialog::Accepted) {
         mDoc.settings().blastOptimization = dialog.parameters();
+        mDoc.setModified();
+    }
+}
+
+void CMainFrame::optimizeStockpiles()
+{
+    auto showResults = [this](const StockpileOptimization::Result& result) {
+        QWidget* over = QApplication::activeModalWidget();
+        StockpileResultsWindow window(result, mDoc, *mPrompt, over ? over : this);
+        window.exec();
+    };
+    auto chooseSource = [this] {
+        QWidget* over = QApplication::activeModalWidget();
+        return CChooseDataSource::ask(over ? over : this);
+    };
+    COptimizeStockpiles dialog(*mDoc.database(), mDoc.settings().stockpileOptimization, *mPrompt, showResults,
+                               chooseSource, this);
+    if (dialog.exec() == QDialog::Accepted) {
+        mDoc.settings().stockpileOptimization = dialog.parameters();
         mDoc.setModified();
     }
 }
