@@ -13,7 +13,9 @@ public:
     /// dialog is empty for the main window, else "view-TABLE", "modify-TABLE" or "form-TABLE"
     /// (the record form of the third row, which the list shows selected), TABLE one of blast,
     /// stockpile, crude, clinker, additives, coal; or "optimize-blasts" and "optimize-results" for
-    /// Optimize > Blasts on the project's settings. Returns the exit status of the program.
+    /// Optimize > Blasts on the project's settings, "optimize-stockpiles" and "stockpile-results" for
+    /// Optimize > Stockpiles, "update-actual" for the Update Actual Stockpiles dialog. Returns the exit
+    /// status of the program.
     static int run(const QString& project, const QString& dialog, const QString& output);
 };
 
