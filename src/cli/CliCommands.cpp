@@ -1,5 +1,6 @@
 #include "cli/CliCommands.h"
 
+#include "cli/ActualCommand.h"
 #include "cli/CliProject.h"
 #include "cli/CliPrompt.h"
 #include "cli/CombineCommand.h"
@@ -70,7 +71,8 @@ int CliCommands::usage(const QString& problem)
 {
     if (!problem.isEmpty())
         mErr << "kilnova-cli: " << problem << '\n';
-    mErr << kUsage << OptimizeCommand::usage() << CombineCommand::usage() << kOptions;
+    mErr << kUsage << ActualCommand::usage() << OptimizeCommand::usage() << CombineCommand::usage()
+         << kOptions;
     mErr.flush();
     return 2;
 }
@@ -114,6 +116,11 @@ int CliCommands::run(const QStringList& arguments)
         const int status = map.run(rest);
         return status == MapCommand::kWrongUsage ? usage(map.problem()) : status;
     }
+    if (command == "actual") {
+        ActualCommand actual(mOut, mErr);
+        const int status = actual.run(rest);
+        return status == ActualCommand::kWrongUsage ? usage(actual.problem()) : status;
+    }
     if (command == "import") {
         ImportCommand import(mOut, mErr);
         const int status = import.run(rest);
@@ -124,7 +131,8 @@ int CliCommands::run(const QStringList& arguments)
         return 0;
     }
     if (command == "--help" || command == "-h" || command == "help") {
-        mOut << kUsage << OptimizeCommand::usage() << CombineCommand::usage() << kOptions;
+        mOut << kUsage << ActualCommand::usage() << OptimizeCommand::usage() << CombineCommand::usage()
+             << kOptions;
         return 0;
     }
     return usage(QStringLiteral("unknown command \"%1\"").arg(arguments.join(' ')));

@@ -82,7 +82,7 @@ int OptimizeCommand::finish(bool json, const QJsonObject& result, bool solved, c
     if (json)
         mOut << QJsonDocument(result).toJson(QJsonDocument::Indented);
     if (!solved) {
-        mErr << CliWording::reword(failure) << '\n';
+        mErr << failure << '\n';
         return 1;
     }
     if (!json)
@@ -158,7 +158,7 @@ int OptimizeCommand::run(const QStringList& args)
             return 1;
 
         run->optimize();
-        const int status = finish(options.json(), run->json(), run->solved(), run->message(), run->report());
+        const int status = finish(options.json(), run->json(), run->solved(), run->failure(), run->report());
         if (status != 0)
             return status;
         for (const QString& warning : run->warnings())
@@ -187,7 +187,10 @@ int OptimizeCommand::run(const QStringList& args)
         mErr << e.message() << "\nAdd --allow-duplicate to store a second record of that name.\n";
         return 1;
     } catch (const DatabaseError& e) {
-        mErr << message(Msg::DatabaseOperationFailed) << '\n' << e.message() << '\n';
+        mErr << message(Msg::DatabaseOperationFailed) << '\n' << CliWording::reword(e.message()) << '\n';
+        return 1;
+    } catch (const OptimizeKind::Refused& e) {
+        mErr << e.message() << '\n';
         return 1;
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "cli/OptimizeOptions.h"
+#include "common/UserError.h"
 #include "database/Schema.h"
 #include "optimise/BlendChartData.h"
 #include "optimise/SourceUpdate.h"
@@ -44,16 +45,25 @@ public:
 
     virtual ~OptimizeKind() = default;
 
+    /// A request the kind cannot carry out, though the command line is right (a source the database
+    /// does not hold): said as it is, exit status 1.
+    class Refused : public UserError {
+    public:
+        using UserError::UserError;
+    };
+
     virtual OptimizationSettings& settings() = 0;
     /// Takes --select and the kind's own options, once the settings options are applied. The
-    /// problem with them, or nothing. Throws DatabaseError.
-    virtual std::optional<QString> configure(const OptimizeOptions& options) = 0;
+    /// problem with them (a wrong command line), or nothing. Throws Refused and DatabaseError.
+    virtual std::optional<QString> configure(OptimizeOptions& options) = 0;
     /// The settings as --save writes them into the project.
     virtual void keep(ProjectSettings& settings) const = 0;
     /// Runs; the outcome stays with the kind. Throws DatabaseError.
     virtual void optimize() = 0;
     virtual bool solved() const = 0;
     virtual QString message() const = 0;
+    /// The message of a failed run as the command line says it.
+    virtual QString failure() const { return message(); }
     virtual QString report() const = 0;
     virtual QJsonObject json() const = 0;
     /// Said on the error stream after a solved run's report.

@@ -1,9 +1,12 @@
 #include "cli/CliProject.h"
+#include "cli/CliWording.h"
 #include "cli/OptimizeKind.h"
 #include "common/MessageTable.h"
 #include "optimise/BlastOptimization.h"
 #include "optimise/BlendSummary.h"
 #include "optimise/ClinkerOptimization.h"
+#include "optimise/StockpileOptimization.h"
+#include "optimise/StockpileReport.h"
 
 #include <QJsonArray>
 
@@ -33,7 +36,7 @@ public:
     {
     }
     OptimizationSettings& settings() override { return mOptimization; }
-    std::optional<QString> configure(const OptimizeOptions& options) override
+    std::optional<QString> configure(OptimizeOptions& options) override
     {
         if (options.selection())
             mOptimization.setSelection(*options.selection());
@@ -46,6 +49,8 @@ public:
     void optimize() override { mResult = mOptimization.optimize(BlastOptimization::debugFilePath()); }
     bool solved() const override { return mResult.outcome.solved; }
     QString message() const override { return mResult.outcome.message; }
+    /// The blast messages name the dialog's controls; the command line names its options.
+    QString failure() const override { return CliWording::reword(message()); }
     QString report() const override { return mResult.report; }
     QJsonObject json() const override
     {
@@ -88,7 +93,7 @@ public:
     {
     }
     OptimizationSettings& settings() override { return mOptimization; }
-    std::optional<QString> configure(const OptimizeOptions& options) override
+    std::optional<QString> configure(OptimizeOptions& options) override
     {
         if (options.flag(kCrudeCoal) && options.flag(kStockpiles))
             return QStringLiteral("choose either --crude-coal or --stockpile-additives-coal");
@@ -190,6 +195,78 @@ private:
     ClinkerOptimization::Result mResult;
 };
 
+const QString kLeft = QStringLiteral("--left");
+
+class StockpileKind final : public OptimizeKind {
+public:
+    explicit StockpileKind(CliProject& project)
+        : mOptimization(*project.db, project.settings.stockpileOptimization)
+    {
+    }
+    OptimizationSettings& settings() override { return mOptimization; }
+    std::optional<QString> configure(OptimizeOptions& options) override
+    {
+        if (!options.values(kLeft).isEmpty() &&
+            !options.applyLimits(
+                kLeft, options.values(kLeft),
+                [this] {
+                    while (!mOptimization.leftConstraintList().order().empty())
+                        mOptimization.removeLeftConstraint(0);
+                },
+                [this](int e, double min, double max) {
+                    return mOptimization.addLeftConstraint(e, min, max);
+                }))
+            return options.problem();
+        if (options.selection()) {
+            if (const std::optional<QString> unknown = mOptimization.selectByText(*options.selection()))
+                throw Refused(*unknown);
+        }
+        return std::nullopt;
+    }
+    void keep(ProjectSettings& s) const override
+    {
+        s.stockpileOptimization = mOptimization.parameters(s.stockpileOptimization);
+    }
+    void optimize() override { mResult = mOptimization.optimize(OptimizationSettings::debugFilePath()); }
+    bool solved() const override { return mResult.outcome.solved; }
+    QString message() const override { return mResult.outcome.message; }
+    QString report() const override { return mResult.report; }
+    QJsonObject json() const override
+    {
+        if (!solved())
+            return failedJson(message());
+        QJsonObject json = {{"status", "optimal"}, {"message", QString()}};
+        QJsonArray tonnes;
+        for (std::size_t j = 0; j < mResult.problem.sources.size() && j < mResult.keys.size(); ++j) {
+            if (!mResult.outcome.counts(j))
+                continue;
+            if (mResult.problem.sources[j].available)
+                tonnes.append(QJsonObject{{"stockpile", mResult.keys[j].name},
+                                          {"source", mResult.keys[j].source},
+                                          {"tonnes", mResult.outcome.tonnes(j)}});
+            else
+                tonnes.append(
+                    QJsonObject{{"additive", mResult.keys[j].name}, {"tonnes", mResult.outcome.tonnes(j)}});
+        }
+        json["tonnes"] = tonnes;
+        const BlendSummary crude =
+            StockpileReport::crude(mResult.problem, mResult.outcome, chemCoefficients());
+        json["optimizedTonnage"] = crude.tonnage;
+        json["crude"] = elementsJson(crude.values);
+        const BlendSummary left = StockpileReport::left(mResult.problem, mResult.outcome, chemCoefficients());
+        json["leftTonnage"] = left.tonnage;
+        json["left"] = elementsJson(left.values);
+        return json;
+    }
+    BlendChartData chart() const override { return StockpileOptimization::chartOf(mResult); }
+    SourceUpdate::Blend blend(std::size_t) const override { return StockpileOptimization::crudeOf(mResult); }
+    std::vector<SourceUpdate::Take> takes() const override { return StockpileOptimization::takesOf(mResult); }
+
+private:
+    StockpileOptimization mOptimization;
+    StockpileOptimization::Result mResult;
+};
+
 template <typename K> std::function<std::unique_ptr<OptimizeKind>(CliProject&)> maker()
 {
     return [](CliProject& project) -> std::unique_ptr<OptimizeKind> {
@@ -210,6 +287,16 @@ const std::vector<OptimizeKind::Entry>& OptimizeKind::entries()
          {},
          {{QStringLiteral("--store"), Table::Stockpile}},
          maker<BlastKind>()},
+        {QStringLiteral("stockpiles"),
+         QStringLiteral(
+             "  optimize stockpiles PROJECT.knv [SETTINGS] [COMMON] [--left \"MIN <= ELEMENT <= MAX\"]...\n"
+             "      [--store NAME]                 optimise a crude from stockpiles and additives; "
+             "--select\n"
+             "                                      takes \"NAME (SOURCE)\" for a stockpile, NAME for an "
+             "additive\n"),
+         {{kLeft, Arity::Repeated}},
+         {{QStringLiteral("--store"), Table::Crude}},
+         maker<StockpileKind>()},
         {QStringLiteral("clinker"),
          QStringLiteral(
              "  optimize clinker PROJECT.knv [SETTINGS] [COMMON] [--crude-coal | "

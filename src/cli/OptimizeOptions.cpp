@@ -154,21 +154,32 @@ bool OptimizeOptions::applyTo(OptimizationSettings& settings)
         settings.setTarget(*mValue);
     if (mTonnage)
         settings.setRequestedTonnage(*mTonnage);
-    if (mConstraints) {
-        while (!settings.constraintElements().empty())
-            settings.removeConstraint(0);
-        for (const QString& text : *mConstraints) {
-            const std::optional<Limit> limit = parseLimit(text);
-            if (!limit)
-                return fail(QStringLiteral("--constraint \"%1\" is not \"MIN <= ELEMENT <= MAX\"").arg(text));
-            const std::optional<int> e = elementFromName(limit->name.toStdString());
-            if (!e)
-                return fail(
-                    QStringLiteral("--constraint \"%1\": \"%2\" is not an element").arg(text, limit->name));
-            if (const std::optional<QString> refusal =
-                    settings.addConstraint(*e, limit->minimum, limit->maximum))
-                return fail(QStringLiteral("--constraint \"%1\": %2").arg(text, *refusal));
-        }
+    if (mConstraints &&
+        !applyLimits(
+            QStringLiteral("--constraint"), *mConstraints,
+            [&settings] {
+                while (!settings.constraintElements().empty())
+                    settings.removeConstraint(0);
+            },
+            [&settings](int e, double min, double max) { return settings.addConstraint(e, min, max); }))
+        return false;
+    return true;
+}
+
+bool OptimizeOptions::applyLimits(const QString& option, const QStringList& texts,
+                                  const std::function<void()>& clear,
+                                  const std::function<std::optional<QString>(int, double, double)>& add)
+{
+    clear();
+    for (const QString& text : texts) {
+        const std::optional<Limit> limit = parseLimit(text);
+        if (!limit)
+            return fail(QStringLiteral("%1 \"%2\" is not \"MIN <= ELEMENT <= MAX\"").arg(option, text));
+        const std::optional<int> e = elementFromName(limit->name.toStdString());
+        if (!e)
+            return fail(QStringLiteral("%1 \"%2\": \"%3\" is not an element").arg(option, text, limit->name));
+        if (const std::optional<QString> refusal = add(*e, limit->minimum, limit->maximum))
+            return fail(QStringLiteral("%1 \"%2\": %3").arg(option, text, *refusal));
     }
     return true;
 }

@@ -204,6 +204,23 @@ const QHash<int, QString>& table()
                                "it again.")},
         {31807, QStringLiteral("The backup of %1 has changed since the list was shown (restored or deleted "
                                "meanwhile), so nothing was restored. Open the list again.")},
+
+        {32001,
+         QStringLiteral("\"%1\" is neither a stockpile, written NAME (SOURCE), nor an additive of this "
+                        "database.")},
+        {32002, QStringLiteral("The stockpile \"%1\" has no Quantity (-1): nothing was blended.")},
+        {32003, QStringLiteral("The stockpile \"%1\" cannot be added to itself: nothing was blended.")},
+        {32004, QStringLiteral("Choose at least one stockpile to add and the stockpile that receives them.")},
+        {32005, QStringLiteral("The stockpile \"%1\" is no longer in the Stockpile table: nothing was "
+                               "blended.")},
+        {32006, QStringLiteral("The data source %1 cannot be opened: %2\nNothing was changed.")},
+        {32007, QStringLiteral("The Actual stockpiles cannot be read from %1: %2\nNothing was changed.")},
+        {32008,
+         QStringLiteral("The row of %1 in stkpiles holds \"%2\" in %3, which is not a number.\nNothing "
+                        "was changed.")},
+        {32009, QStringLiteral("The table stkpiles of %1 holds none of the four Actual stockpiles.\nNothing "
+                               "was changed.")},
+        {32010, QStringLiteral("%1 Actual stockpiles were replaced from %2.")},
     };
     return texts;
 }

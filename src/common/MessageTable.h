@@ -138,6 +138,18 @@ enum class Msg : int {
     SourceGone,
     BlastTableChanged,
     BackupChanged,
+    // Stockpile optimisation and the Actual stockpiles (32000-32099). A source gone from its table
+    // before the run is SourceRecordGone.
+    UnknownSource = 32001,
+    BlendQuantityMissing,
+    BlendIntoItself,
+    BlendNeedsSources,
+    BlendStockpileGone,
+    ExternalCannotOpen,
+    ExternalCannotRead,
+    ExternalNotANumber,
+    ExternalNoActual,
+    ActualRefreshed,
 };
 
 /// The exact text of a message with %1, %2, ... filled in from args (numbers are formatted by the

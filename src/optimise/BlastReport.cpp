@@ -34,8 +34,8 @@ QString BlastReport::build(const OptimizationRequest& request, const Optimizatio
             continue;
         const double x = outcome.tonnes(j);
         const SourceRecord& s = request.sources[j];
-        text += formatPrintf("%15.6lf tonnes of %s %s (%.2lf%% of blast, %.2lf%% of mix)\r\n", x, "Blast",
-                             s.name.toUtf8().constData(), 100.0 * x / s.tonnage, 100.0 * x / total);
+        text += ReportLines::sourceTaken(x, QStringLiteral("Blast ") + s.name, QStringLiteral("blast"),
+                                         s.tonnage, total);
     }
     if (total != 0.0)
         text += formatPrintf("Optimized tonnage: %10.2lf\r\n", total);

@@ -1,5 +1,6 @@
 #include "optimise/BlendChartData.h"
 
+#include "optimise/BlendProblem.h"
 #include "optimise/BlendSummary.h"
 #include "optimise/OptimizationModel.h"
 
@@ -49,6 +50,15 @@ BlendChartData BlendChartData::of(int mode, int element, double target,
         chart.rows.push_back(row);
     }
     return chart;
+}
+
+BlendChartData BlendChartData::of(const BlendProblem& problem,
+                                  const std::array<double, kElementCount>& blendValues, double tonnage)
+{
+    std::array<ConstraintEntry, kElementCount> constraints{};
+    for (const ElementBound& b : problem.bounds)
+        constraints[static_cast<std::size_t>(b.element)] = {b.minimum, b.maximum, {}, 1};
+    return of(problem.mode, problem.element, problem.target, constraints, blendValues, tonnage);
 }
 
 BlendChartData BlendChartData::of(const OptimizationRequest& request, const OptimizationOutcome& outcome,

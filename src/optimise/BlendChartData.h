@@ -9,6 +9,7 @@
 
 namespace kilnova {
 
+struct BlendProblem;
 struct ChemEquationCoefficients;
 struct OptimizationOutcome;
 struct OptimizationRequest;
@@ -43,6 +44,9 @@ struct BlendChartData {
     /// The same from the parts of any kind's request: its mode, optimised element, target and limits.
     static BlendChartData of(int mode, int element, double target,
                              const std::array<ConstraintEntry, kElementCount>& constraints,
+                             const std::array<double, kElementCount>& blendValues, double tonnage);
+    /// The same from a problem of the shared builder: its mode, optimised element, target and bounds.
+    static BlendChartData of(const BlendProblem& problem,
                              const std::array<double, kElementCount>& blendValues, double tonnage);
     /// The chart of a blend of the sources as taken (the blast and stockpile blends).
     static BlendChartData of(const OptimizationRequest& request, const OptimizationOutcome& outcome,

@@ -59,7 +59,13 @@ struct ElementBound {
 ///   - Target mode: Σ row(element, target)·x ≥ 0 in programme 1 (at or above the target), ≤ 0 in
 ///     programme 2 (at or below);
 ///   - per source: x ≥ 0, then x ≤ available when the source has a tonnage;
-///   - the product tonnage row Σ w·x = tonnage (w = 1 unless tonnageWeights says otherwise);
+///   - the product tonnage row Σ w·x = tonnage (w = 1 unless tonnageWeights says otherwise), unless
+///     tonnageRow is false;
+///   - for each remainder bound, in the order given, over the sources with a tonnage (what a source
+///     bought as needed leaves behind is nothing): the remainder Σ (available − x) within the limits,
+///     written on x as Σ r(k, maximum)·x ≥ Σ r(k, maximum)·available, then
+///     Σ r(k, minimum)·x ≤ Σ r(k, minimum)·available, where r is row() of the source as it is, every
+///     weight 1 and no offset (the remainder is the raw material, not the product);
 ///   - the kind's rows, in its order;
 ///   - empty equalities (0 = 0) up to declaredRows, when the kind declares more rows than it builds.
 /// Objective: in Target mode row(element, target); otherwise v·objective + offset, or for MS, MA and
@@ -79,6 +85,10 @@ struct BlendProblem {
     /// Weights of the product tonnage row, one per source; empty for 1 each.
     std::vector<double> tonnageWeights;
     double tonnage = 0.0;
+    /// False leaves the product tonnage row out (Maximize Tonnage of a kind that declares no row count).
+    bool tonnageRow = true;
+    /// Limits on the material the sources with a tonnage leave behind (the stockpiles of a crude).
+    std::vector<ElementBound> remainderBounds;
     /// The kind's own rows, after the tonnage row; their role is KindRow.
     std::vector<LinearProgramme::Row> kindRows;
     std::optional<int> declaredRows;

@@ -13,8 +13,8 @@ void writeEntries(ArchiveWriter& out, const std::array<CSTKOptParameters::Entry,
         out.writeDouble(e.minimum);
         out.writeDouble(e.maximum);
         out.writeString(e.text);
-        out.writeInt32(e.flag1);
-        out.writeInt32(e.flag2);
+        out.writeInt32(e.active);
+        out.writeInt32(e.position);
     }
 }
 
@@ -24,8 +24,8 @@ void readEntries(ArchiveReader& in, std::array<CSTKOptParameters::Entry, kElemen
         e.minimum = in.readDouble();
         e.maximum = in.readDouble();
         e.text = in.readString();
-        e.flag1 = in.readInt32();
-        e.flag2 = in.readInt32();
+        e.active = in.readInt32();
+        e.position = in.readInt32();
     }
 }
 
@@ -39,7 +39,7 @@ void CSTKOptParameters::serialize(ArchiveWriter& out) const
     out.writeDouble(requestedTonnage);
     writeEntries(out, productConstraints);
     writeEntries(out, remainderConstraints);
-    out.writeInt32(option);
+    out.writeInt32(stockpileCount);
     out.writeStringList(sources);
 }
 
@@ -51,7 +51,7 @@ void CSTKOptParameters::load(ArchiveReader& in)
     requestedTonnage = in.readDouble();
     readEntries(in, productConstraints);
     readEntries(in, remainderConstraints);
-    option = in.readInt32();
+    stockpileCount = in.readInt32();
     sources = in.readStringList();
 }
 

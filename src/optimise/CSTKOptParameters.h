@@ -19,18 +19,21 @@ class ArchiveWriter;
 ///
 /// Stored layout: mode (int), optimised element (string), target (double), requested tonnage
 /// (double); 22 product entries, then 22 remainder entries, each minimum (double), maximum (double),
-/// text (string), flag1 (int), flag2 (int); option (int); the sources (a 4-byte count and strings).
+/// text (string), active (int), position (int); stockpileCount (int); the sources (a 4-byte count and
+/// strings).
+///
+/// The second integer of an entry is the constraint's row in its list, from 1 (0 when the entry is
+/// not in force), so that the lists come back in the order the user built them. The integer after
+/// the entries is the number of selected stockpiles: the source list holds each selected stockpile as
+/// two strings, its Name then its Source, followed by the names of the selected additives.
 class CSTKOptParameters final {
 public:
     struct Entry {
         double minimum = 0.0;
         double maximum = 0.0;
         QString text;
-        /// The two integers stored with each entry; kept for the stockpile optimisation, which
-        /// gives them their meaning (by the pattern of the other optimisations the first is the
-        /// constraint-active flag).
-        qint32 flag1 = 0;
-        qint32 flag2 = 0;
+        qint32 active = 0;   ///< 0 off, non-zero in force
+        qint32 position = 0; ///< row in the constraint list, from 1; 0 when not in force
 
         bool operator==(const Entry&) const = default;
 
@@ -43,8 +46,8 @@ public:
     double requestedTonnage = 0.0;
     std::array<Entry, kElementCount> productConstraints{};
     std::array<Entry, kElementCount> remainderConstraints{}; ///< on the material left in the stockpiles
-    /// The integer stored after the entries; kept for the stockpile optimisation.
-    qint32 option = 0;
+    /// How many stockpiles `sources` holds, as Name/Source pairs before the additives' names.
+    qint32 stockpileCount = 0;
     QStringList sources;
 
     bool operator==(const CSTKOptParameters&) const = default;

@@ -2,6 +2,8 @@
 
 #include "common/MessageTable.h"
 
+#include <algorithm>
+
 namespace kilnova {
 
 ConstraintList::ConstraintList(QStringList names)
@@ -10,13 +12,21 @@ ConstraintList::ConstraintList(QStringList names)
 {
 }
 
-void ConstraintList::assign(const std::vector<ConstraintEntry>& entries)
+void ConstraintList::assign(const std::vector<ConstraintEntry>& entries, const std::vector<int>& order)
 {
     mOrder.clear();
-    for (std::size_t k = 0; k < mEntries.size(); ++k) {
+    for (std::size_t k = 0; k < mEntries.size(); ++k)
         mEntries[k] = k < entries.size() ? entries[k] : ConstraintEntry{};
-        if (mEntries[k].isActive())
-            mOrder.push_back(static_cast<int>(k));
+    auto listed = [this](int k) {
+        return std::find(mOrder.begin(), mOrder.end(), k) != mOrder.end();
+    };
+    for (int k : order) {
+        if (k >= 0 && k < size() && mEntries[static_cast<std::size_t>(k)].isActive() && !listed(k))
+            mOrder.push_back(k);
+    }
+    for (int k = 0; k < size(); ++k) {
+        if (mEntries[static_cast<std::size_t>(k)].isActive() && !listed(k))
+            mOrder.push_back(k);
     }
 }
 

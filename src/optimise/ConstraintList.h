@@ -24,8 +24,9 @@ public:
     const QStringList& names() const { return mNames; }
     const ConstraintEntry& entry(int property) const { return mEntries[static_cast<std::size_t>(property)]; }
     const std::vector<ConstraintEntry>& entries() const { return mEntries; }
-    /// Takes stored entries; the list then shows those in force in property order.
-    void assign(const std::vector<ConstraintEntry>& entries);
+    /// Takes stored entries; the list then shows those in force in the order given (properties in
+    /// force that `order` leaves out follow in property order; one not in force is ignored).
+    void assign(const std::vector<ConstraintEntry>& entries, const std::vector<int>& order = {});
 
     /// The properties with a limit, in list order.
     const std::vector<int>& order() const { return mOrder; }

@@ -13,14 +13,16 @@ struct LinearProgramme {
     /// What a row stands for, so that a reader of the programme (a test, the explanation of an
     /// answer) can tell the user's limits from the rows the model adds.
     enum class Role {
-        ElementMaximum, ///< index: the element
-        ElementMinimum, ///< index: the element
-        Target,         ///< index: the element
-        SourceMinimum,  ///< index: the source
-        SourceMaximum,  ///< index: the source
-        Tonnage,        ///< the product tonnage
-        KindRow,        ///< index: the kind's own row number, from 0
-        Unused,         ///< an empty row filling the declared count
+        ElementMaximum,   ///< index: the element
+        ElementMinimum,   ///< index: the element
+        Target,           ///< index: the element
+        SourceMinimum,    ///< index: the source
+        SourceMaximum,    ///< index: the source
+        Tonnage,          ///< the product tonnage
+        RemainderMaximum, ///< index: the element, on what the sources leave behind
+        RemainderMinimum, ///< index: the element, on what the sources leave behind
+        KindRow,          ///< index: the kind's own row number, from 0
+        Unused,           ///< an empty row filling the declared count
     };
 
     struct Row {

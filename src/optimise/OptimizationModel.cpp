@@ -1,6 +1,7 @@
 #include "optimise/OptimizationModel.h"
 
 #include "common/MessageTable.h"
+#include "optimise/ReportLines.h"
 #include "solver/ClpSolve.h"
 
 #include <QDir>
@@ -154,6 +155,12 @@ std::optional<QString> OptimizationModel::refusal(const BlendProblem& p) const
         if (s.available && *s.available == -1.0)
             return message(Msg::MissingValueInSource, {s.name});
     }
+    for (const ElementBound& b : p.remainderBounds) {
+        for (const ModelSource& s : p.sources) {
+            if (s.available && s.values[static_cast<std::size_t>(b.element)] == -1.0f)
+                return message(Msg::MissingValueInSource, {s.name});
+        }
+    }
     return std::nullopt;
 }
 
@@ -197,8 +204,28 @@ LinearProgramme OptimizationModel::build(const BlendProblem& p, int programme) c
             addRow(std::move(unit), 0.0, ClpSolve::kAtLeast, Role::SourceMinimum, source);
         }
     }
-    addRow(p.tonnageWeights.empty() ? std::vector<double>(n, 1.0) : p.tonnageWeights, p.tonnage,
-           ClpSolve::kEqual, Role::Tonnage, -1);
+    if (p.tonnageRow) {
+        addRow(p.tonnageWeights.empty() ? std::vector<double>(n, 1.0) : p.tonnageWeights, p.tonnage,
+               ClpSolve::kEqual, Role::Tonnage, -1);
+    }
+    // What stays behind lies within [min, max] exactly when Σ r·(available − x) does, r the raw
+    // row coefficient of a source with a tonnage: the right-hand side is Σ r·available.
+    auto remainderRow = [&](int element, double bound, int kind, Role role) {
+        std::vector<double> coefficients(n, 0.0);
+        double rhs = 0.0;
+        for (std::size_t j = 0; j < n; ++j) {
+            const ModelSource& s = p.sources[j];
+            if (!s.available)
+                continue;
+            coefficients[j] = static_cast<double>(rowCoefficient(s.values, element, bound));
+            rhs += coefficients[j] * *s.available;
+        }
+        addRow(std::move(coefficients), rhs, kind, role, element);
+    };
+    for (const ElementBound& b : p.remainderBounds) {
+        remainderRow(b.element, b.maximum, ClpSolve::kAtLeast, Role::RemainderMaximum);
+        remainderRow(b.element, b.minimum, ClpSolve::kAtMost, Role::RemainderMinimum);
+    }
     for (std::size_t i = 0; i < p.kindRows.size(); ++i) {
         const LinearProgramme::Row& row = p.kindRows[i];
         addRow(row.coefficients, row.rhs, row.kind, Role::KindRow, static_cast<int>(i));
@@ -330,14 +357,7 @@ QString OptimizationModel::reportHead(const QString& title, int mode, const QStr
     else if (mode == 0)
         head += QStringLiteral("successfully targeted ");
     head += elementName + QStringLiteral("\r\n\r\n");
-    head += QStringLiteral("List of Constraints applied:\r\n");
-    if (constraintTexts.isEmpty()) {
-        head += QStringLiteral("none\r\n\r\n");
-    } else {
-        for (const QString& text : constraintTexts)
-            head += text + QStringLiteral("\r\n");
-        head += QStringLiteral("\r\n\r\n");
-    }
+    head += ReportLines::constraints(QStringLiteral("List of Constraints applied:"), constraintTexts);
     return head;
 }
 

@@ -59,7 +59,8 @@ public:
     /// The message that stops a run before anything is built, or nothing: walking the rows that need
     /// values (each bound in turn, then the optimised element) and within each the sources in order,
     /// the first source lacking the element gives "...Problem first found in source NAME", the first
-    /// carrying a refusal gives that; then a source whose tonnage is missing.
+    /// carrying a refusal gives that; then a source whose tonnage is missing; then each remainder
+    /// bound over the sources with a tonnage.
     std::optional<QString> refusal(const BlendProblem& problem) const;
 
     /// Programme 1 or 2.

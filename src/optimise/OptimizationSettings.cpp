@@ -40,6 +40,12 @@ int OptimizationSettings::choiceOfMode(int mode)
     }
 }
 
+const QStringList& OptimizationSettings::standardModeChoices()
+{
+    static const QStringList choices = {"Minimize", "Maximize", "Target", "Maximize Tonnage"};
+    return choices;
+}
+
 QStringList OptimizationSettings::inListOrder(QStringList names)
 {
     std::stable_sort(names.begin(), names.end(), Schema::nameLess);
@@ -75,13 +81,14 @@ int OptimizationSettings::elementOfName(const QString& name)
 }
 
 void OptimizationSettings::loadSettings(int mode, int element, double target, double requestedTonnage,
-                                        const std::vector<ConstraintEntry>& constraints)
+                                        const std::vector<ConstraintEntry>& constraints,
+                                        const std::vector<int>& order)
 {
     mModeChoice = choiceOfMode(mode);
     mElement = element;
     mTarget = target;
     mRequestedTonnage = requestedTonnage;
-    mConstraints.assign(constraints);
+    mConstraints.assign(constraints, order);
 }
 
 std::optional<int> OptimizationSettings::targeted() const

@@ -22,6 +22,8 @@ public:
     /// choice (-1) gives -1.
     static int modeOfChoice(int position);
     static int choiceOfMode(int mode);
+    /// "Minimize", "Maximize", "Target", "Maximize Tonnage": the choices of a kind that offers them all.
+    static const QStringList& standardModeChoices();
     /// Names in the order a source list shows them (by name, as the database sorts), whoever passes
     /// them: the blend can depend on the order of the sources when several are equally good.
     static QStringList inListOrder(QStringList names);
@@ -64,9 +66,10 @@ public:
 
 protected:
     ~OptimizationSettings() = default;
-    /// Fills the objective and the constraints from stored settings.
+    /// Fills the objective and the constraints from stored settings; `order` is the list order when
+    /// the settings keep one (ConstraintList::assign).
     void loadSettings(int mode, int element, double target, double requestedTonnage,
-                      const std::vector<ConstraintEntry>& constraints);
+                      const std::vector<ConstraintEntry>& constraints, const std::vector<int>& order = {});
     /// The element index of a stored name ("Cost Factor" or "CostFactor"); the first for an unknown one.
     static int elementOfName(const QString& name);
 

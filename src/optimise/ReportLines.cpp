@@ -28,4 +28,26 @@ QString ReportLines::elements(const std::array<double, kElementCount>& values, i
     return pairs(names, std::vector<double>(values.begin(), values.begin() + count));
 }
 
+QString ReportLines::constraints(const QString& heading, const QStringList& texts)
+{
+    QString text = heading + QStringLiteral("\r\n");
+    if (texts.isEmpty())
+        return text + QStringLiteral("none\r\n\r\n");
+    for (const QString& t : texts)
+        text += t + QStringLiteral("\r\n");
+    return text + QStringLiteral("\r\n\r\n");
+}
+
+QString ReportLines::sourceTaken(double tonnes, const QString& what, const QString& sourceWord,
+                                 std::optional<double> available, double mixTotal)
+{
+    const QByteArray whatText = what.toUtf8();
+    if (!available)
+        return formatPrintf("%15.6lf tonnes of %s (%.2lf%% of mix)\r\n", tonnes, whatText.constData(),
+                            100.0 * tonnes / mixTotal);
+    return formatPrintf("%15.6lf tonnes of %s (%.2lf%% of %s, %.2lf%% of mix)\r\n", tonnes,
+                        whatText.constData(), 100.0 * tonnes / *available, sourceWord.toUtf8().constData(),
+                        100.0 * tonnes / mixTotal);
+}
+
 } // namespace kilnova

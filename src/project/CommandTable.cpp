@@ -97,7 +97,7 @@ const std::vector<CommandInfo>& CommandTable::commands()
          {"Optimize", "Stockpiles"},
          "Optimize a blend of stockpiles and additives",
          true,
-         false},
+         true},
         {C::OptimizeClinker, {"Optimize", "Clinker"}, "Optimize a clinker", true, true},
         {C::AnalyseBlastCombinations,
          {"Optimize", "Analyse Blast Combinations"},

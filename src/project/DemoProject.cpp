@@ -10,10 +10,13 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QLocale>
 #include <QTextStream>
 
+#include <algorithm>
 #include <cmath>
+#include <functional>
 #include <map>
 
 namespace kilnova {
@@ -162,10 +165,40 @@ int element(const CsvFile& csv, const CsvLine& line, int maxIndex)
 
 } // namespace
 
-COptimizationParameters DemoProject::readBlastOptimisation(const QString& path, const QStringList& blastNames)
+namespace {
+
+/// The lines every optimisation's settings file has alike (Mode, Element, Target, Tonnage, Constraint),
+/// read into `common`; any other line goes to `other`, which returns false for a setting it does not know.
+struct CommonSettings {
+    qint32 mode = COptimizationParameters::kMaximize;
+    QString element = QStringLiteral("Titration");
+    double target = 0.0;
+    double tonnage = 0.0;
+    std::array<ConstraintEntry, kElementCount> constraints{};
+    std::vector<int> order; ///< the constrained elements in the file's order
+};
+
+using LineError = std::function<DemoDataError(const QString&)>;
+
+/// A "Setting,ELEMENT,MIN,MAX" line as an entry of `list`; a second limit on an element is refused.
+void readLimit(const CsvFile& csv, const CsvLine& line, const LineError& fail,
+               std::array<ConstraintEntry, kElementCount>& list, std::vector<int>& order)
 {
-    const QFileInfo info(path);
-    const CsvFile csv = readCsv(info.path(), info.fileName());
+    const int e = element(csv, line, kElementCount - 1);
+    const double minimum = number(csv, line, 2);
+    const double maximum = number(csv, line, 3);
+    ConstraintEntry& entry = list[static_cast<std::size_t>(e)];
+    if (entry.isActive())
+        throw fail(QStringLiteral("%1 is constrained twice.").arg(elementName(e)));
+    if (minimum > maximum)
+        throw fail(QStringLiteral("the minimum of %1 is above its maximum.").arg(elementName(e)));
+    entry = {minimum, maximum, ConstraintEntry::format(minimum, elementName(e), maximum), 1};
+    order.push_back(e);
+}
+
+CommonSettings readSettings(const CsvFile& csv,
+                            const std::function<bool(const CsvLine&, const LineError&)>& other)
+{
     if (csv.header.size() != 4)
         throw DemoDataError(
             QStringLiteral("%1: the header must be Setting,Value,Minimum,Maximum.").arg(csv.name));
@@ -173,11 +206,11 @@ COptimizationParameters DemoProject::readBlastOptimisation(const QString& path, 
                                              {"Maximize", COptimizationParameters::kMaximize},
                                              {"Target", COptimizationParameters::kTarget},
                                              {"Maximize Tonnage", COptimizationParameters::kMaximizeTonnage}};
-    COptimizationParameters p;
+    CommonSettings p;
     for (const CsvLine& line : csv.lines) {
         const QString& setting = line.fields[0];
         const QString& value = line.fields[1];
-        const auto fail = [&](const QString& why) {
+        const LineError fail = [&](const QString& why) {
             return DemoDataError(QStringLiteral("%1 line %2: %3").arg(csv.name).arg(line.number).arg(why));
         };
         if (setting == "Mode") {
@@ -187,36 +220,106 @@ COptimizationParameters DemoProject::readBlastOptimisation(const QString& path, 
             p.mode = mode->second;
         } else if (setting == "Element") {
             // Cl can be constrained but not optimised.
-            p.optimizedElement = elementName(element(csv, line, elementIndex(Element::C4AF)));
+            p.element = elementName(element(csv, line, elementIndex(Element::C4AF)));
         } else if (setting == "Target") {
             p.target = number(csv, line, 1);
         } else if (setting == "Tonnage") {
-            p.requestedTonnage = number(csv, line, 1);
-        } else if (setting == "Blast") {
-            if (!blastNames.contains(value))
-                throw fail(QStringLiteral("there is no blast \"%1\".").arg(value));
-            p.selectedSources << value;
+            p.tonnage = number(csv, line, 1);
         } else if (setting == "Constraint") {
-            const int e = element(csv, line, kElementCount - 1);
-            const double minimum = number(csv, line, 2);
-            const double maximum = number(csv, line, 3);
-            ConstraintEntry& entry = p.constraints[static_cast<std::size_t>(e)];
-            if (entry.isActive())
-                throw fail(QStringLiteral("%1 is constrained twice.").arg(elementName(e)));
-            if (minimum > maximum)
-                throw fail(QStringLiteral("the minimum of %1 is above its maximum.").arg(elementName(e)));
-            entry = {minimum, maximum, ConstraintEntry::format(minimum, elementName(e), maximum), 1};
-        } else {
+            readLimit(csv, line, fail, p.constraints, p.order);
+        } else if (!other(line, fail)) {
             throw fail(QStringLiteral("\"%1\" is not a setting.").arg(setting));
         }
     }
-    if (p.selectedSources.size() < 2)
-        throw DemoDataError(QStringLiteral("%1 selects fewer than two blasts.").arg(csv.name));
-    const std::optional<int> optimised = elementFromName(p.optimizedElement.toStdString());
+    const std::optional<int> optimised = elementFromName(p.element.toStdString());
     if (p.mode == COptimizationParameters::kTarget &&
         p.constraints[static_cast<std::size_t>(*optimised)].isActive())
         throw DemoDataError(
-            QStringLiteral("%1 constrains %2, the element it targets.").arg(csv.name, p.optimizedElement));
+            QStringLiteral("%1 constrains %2, the element it targets.").arg(csv.name, p.element));
+    return p;
+}
+
+/// The entries with their rows in the list, in the order the file gave them.
+std::array<CSTKOptParameters::Entry, kElementCount>
+stockpileEntries(const std::array<ConstraintEntry, kElementCount>& list, const std::vector<int>& order)
+{
+    std::array<CSTKOptParameters::Entry, kElementCount> entries{};
+    for (std::size_t k = 0; k < list.size(); ++k)
+        entries[k] = {list[k].minimum, list[k].maximum, list[k].text, list[k].active, 0};
+    for (std::size_t row = 0; row < order.size(); ++row)
+        entries[static_cast<std::size_t>(order[row])].position = static_cast<qint32>(row + 1);
+    return entries;
+}
+
+} // namespace
+
+COptimizationParameters DemoProject::readBlastOptimisation(const QString& path, const QStringList& blastNames)
+{
+    const QFileInfo info(path);
+    const CsvFile csv = readCsv(info.path(), info.fileName());
+    COptimizationParameters p;
+    const CommonSettings common = readSettings(csv, [&](const CsvLine& line, const LineError& fail) {
+        if (line.fields[0] != "Blast")
+            return false;
+        if (!blastNames.contains(line.fields[1]))
+            throw fail(QStringLiteral("there is no blast \"%1\".").arg(line.fields[1]));
+        p.selectedSources << line.fields[1];
+        return true;
+    });
+    if (p.selectedSources.size() < 2)
+        throw DemoDataError(QStringLiteral("%1 selects fewer than two blasts.").arg(csv.name));
+    p.mode = common.mode;
+    p.optimizedElement = common.element;
+    p.target = common.target;
+    p.requestedTonnage = common.tonnage;
+    p.constraints = common.constraints;
+    return p;
+}
+
+CSTKOptParameters DemoProject::readStockpileOptimisation(const QString& path,
+                                                         const std::vector<RecordKey>& stockpiles,
+                                                         const QStringList& additives)
+{
+    const QFileInfo info(path);
+    const CsvFile csv = readCsv(info.path(), info.fileName());
+    std::array<ConstraintEntry, kElementCount> left{};
+    std::vector<int> leftOrder;
+    QStringList chosenPiles, chosenAdditives;
+    qint32 pileCount = 0;
+    const CommonSettings common = readSettings(csv, [&](const CsvLine& line, const LineError& fail) {
+        const QString& setting = line.fields[0];
+        const QString& value = line.fields[1];
+        if (setting == "Stockpile") {
+            // "NAME (SOURCE)", split at the last " (".
+            const qsizetype open = value.lastIndexOf(QStringLiteral(" ("));
+            const RecordKey key{value.left(open), value.mid(open + 2).chopped(1)};
+            if (open <= 0 || !value.endsWith(u')') ||
+                std::find(stockpiles.begin(), stockpiles.end(), key) == stockpiles.end())
+                throw fail(QStringLiteral("there is no stockpile \"%1\".").arg(value));
+            chosenPiles << key.name << key.source;
+            ++pileCount;
+        } else if (setting == "Additive") {
+            if (!additives.contains(value))
+                throw fail(QStringLiteral("there is no additive \"%1\".").arg(value));
+            chosenAdditives << value;
+        } else if (setting == "Left") {
+            readLimit(csv, line, fail, left, leftOrder);
+        } else {
+            return false;
+        }
+        return true;
+    });
+    if (pileCount + chosenAdditives.size() < 2)
+        throw DemoDataError(QStringLiteral("%1 selects fewer than two sources.").arg(csv.name));
+    CSTKOptParameters p;
+    p.mode = common.mode;
+    p.optimizedElement = common.element;
+    p.target = common.target;
+    p.requestedTonnage = common.tonnage;
+    p.productConstraints = stockpileEntries(common.constraints, common.order);
+    p.remainderConstraints = stockpileEntries(left, leftOrder);
+    p.stockpileCount = pileCount;
+    p.sources = chosenPiles + chosenAdditives;
     return p;
 }
 
@@ -330,12 +433,20 @@ void DemoProject::build(const QString& dataDir, const QString& outDir)
         {Table::Coal, "coal.csv"},
     };
     std::vector<std::pair<Table, std::vector<Record>>> tables;
-    QStringList blastNames;
+    QStringList blastNames, additiveNames;
+    // The four Actual stockpiles exist in every database.
+    std::vector<RecordKey> stockpileKeys;
+    for (const QString& name : Schema::actualStockpileNames())
+        stockpileKeys.push_back({name, Schema::actualStockpileSource()});
     for (const auto& [table, file] : files) {
         tables.emplace_back(table, records(readCsv(dataDir, QString::fromLatin1(file)), table));
-        if (table == Table::Blast) {
-            for (const Record& r : tables.back().second)
+        for (const Record& r : tables.back().second) {
+            if (table == Table::Blast)
                 blastNames << r.name();
+            else if (table == Table::Additives)
+                additiveNames << r.name();
+            else if (table == Table::Stockpile)
+                stockpileKeys.push_back(r.key());
         }
     }
     const COptimizationParameters optimisation =
@@ -349,6 +460,8 @@ void DemoProject::build(const QString& dataDir, const QString& outDir)
     }
     const CClinkerOptParameters clinker =
         readClinkerOptimisation(QDir(dataDir).filePath(QStringLiteral("clinker-optimisation.csv")), listed);
+    const CSTKOptParameters stockpileOptimisation = readStockpileOptimisation(
+        QDir(dataDir).filePath(QStringLiteral("stockpile-optimisation.csv")), stockpileKeys, additiveNames);
 
     if (!QDir().mkpath(outDir))
         throw DemoDataError(
@@ -383,6 +496,7 @@ void DemoProject::build(const QString& dataDir, const QString& outDir)
     settings.blastOptimization = optimisation;
     settings.clinkerProcess = process;
     settings.clinkerOptimization = clinker;
+    settings.stockpileOptimization = stockpileOptimisation;
     try {
         ProjectFile::save(settings, out.absoluteFilePath(projectName()));
     } catch (...) {

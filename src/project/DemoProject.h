@@ -1,8 +1,10 @@
 #pragma once
 
 #include "chemistry/ClinkerProcessParameters.h"
+#include "database/Record.h"
 #include "optimise/CClinkerOptParameters.h"
 #include "optimise/COptimizationParameters.h"
+#include "optimise/CSTKOptParameters.h"
 
 #include <QString>
 
@@ -11,8 +13,9 @@ namespace kilnova {
 /// Builds the demo project from its data files: a fresh project database filled from one CSV file
 /// per table (blasts.csv, blast-deviations.csv, stockpiles.csv, crude.csv, clinker.csv,
 /// additives.csv, coal.csv) and a project file that uses it, with the blast optimisation settings
-/// of blast-optimisation.csv, the kiln of clinker-process.csv and the clinker optimisation settings
-/// of clinker-optimisation.csv ready to run.
+/// of blast-optimisation.csv, the stockpile optimisation settings of stockpile-optimisation.csv, the
+/// kiln of clinker-process.csv and the clinker optimisation settings of clinker-optimisation.csv
+/// ready to run.
 ///
 /// A table file has "#" comment lines, a header naming database columns and one record per line;
 /// missing columns keep their defaults and the derived columns are computed from the oxides. A
@@ -28,6 +31,12 @@ public:
 
     /// The settings that blast-optimisation.csv describes; blasts named there must be in blastNames.
     static COptimizationParameters readBlastOptimisation(const QString& path, const QStringList& blastNames);
+    /// The settings that stockpile-optimisation.csv describes: its Stockpile lines ("NAME (SOURCE)") must
+    /// name one of `stockpiles`, its Additive lines one of `additives`; Left lines limit what stays in the
+    /// stockpiles as Constraint lines limit the crude.
+    static CSTKOptParameters readStockpileOptimisation(const QString& path,
+                                                       const std::vector<RecordKey>& stockpiles,
+                                                       const QStringList& additives);
 
     /// The seven figures of clinker-process.csv (Parameter,Value; every one of them once).
     static ClinkerProcessParameters readClinkerProcess(const QString& path);

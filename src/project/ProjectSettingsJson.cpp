@@ -74,8 +74,8 @@ QJsonArray stockpileEntriesJson(const std::array<CSTKOptParameters::Entry, kElem
         const CSTKOptParameters::Entry& e = entries[static_cast<std::size_t>(i)];
         QJsonObject o = entryJson(e.minimum, e.maximum, e.text);
         o.insert("element", elementName(i));
-        o.insert("flag1", e.flag1);
-        o.insert("flag2", e.flag2);
+        o.insert("active", e.active);
+        o.insert("position", e.position);
         list.append(o);
     }
     return list;
@@ -127,7 +127,7 @@ QJsonObject stockpileOptimizationJson(const CSTKOptParameters& p)
     QJsonObject o = objective(p.mode, p.optimizedElement, p.target, p.requestedTonnage);
     o.insert("productConstraints", stockpileEntriesJson(p.productConstraints));
     o.insert("remainderConstraints", stockpileEntriesJson(p.remainderConstraints));
-    o.insert("option", p.option);
+    o.insert("stockpileCount", p.stockpileCount);
     o.insert("sources", QJsonArray::fromStringList(p.sources));
     return o;
 }

@@ -9,15 +9,18 @@
 #include "ui/BlastResultsWindow.h"
 #include "ui/CBackupStockpileRecords.h"
 #include "ui/CChemicalEquationsParms.h"
+#include "ui/CChooseDataSource.h"
 #include "ui/CClinkerOptResults.h"
 #include "ui/CClinkerProcess.h"
 #include "ui/CCombineBlasts.h"
 #include "ui/CKilnovaView.h"
 #include "ui/COptimizeAdditives.h"
 #include "ui/COptimizeBlasts.h"
+#include "ui/COptimizeStockpiles.h"
 #include "ui/GuiImportDialogs.h"
 #include "ui/GuiPrompt.h"
 #include "ui/RecentFiles.h"
+#include "ui/StockpileResultsWindow.h"
 #include "ui/TableDialog.h"
 
 #include <QApplication>
@@ -132,6 +135,9 @@ void CMainFrame::registerHandlers()
     mHandlers[CommandId::OptimizeClinker] = [this] {
         optimizeClinker();
     };
+    mHandlers[CommandId::OptimizeStockpiles] = [this] {
+        optimizeStockpiles();
+    };
     mHandlers[CommandId::AnalyseBlastCombinations] = [this] {
         CCombineBlasts::run(mDoc, *mPrompt, this);
     };
@@ -216,6 +222,25 @@ void CMainFrame::optimizeClinker()
                               static_cast<double>(process.FreeLime), *mPrompt, showResults, this);
     if (dialog.exec() == QDialog::Accepted) {
         mDoc.settings().clinkerOptimization = dialog.parameters();
+        mDoc.setModified();
+    }
+}
+
+void CMainFrame::optimizeStockpiles()
+{
+    auto showResults = [this](const StockpileOptimization::Result& result) {
+        QWidget* over = QApplication::activeModalWidget();
+        StockpileResultsWindow window(result, mDoc, *mPrompt, over ? over : this);
+        window.exec();
+    };
+    auto chooseSource = [this] {
+        QWidget* over = QApplication::activeModalWidget();
+        return CChooseDataSource::ask(over ? over : this);
+    };
+    COptimizeStockpiles dialog(*mDoc.database(), mDoc.settings().stockpileOptimization, *mPrompt, showResults,
+                               chooseSource, this);
+    if (dialog.exec() == QDialog::Accepted) {
+        mDoc.settings().stockpileOptimization = dialog.parameters();
         mDoc.setModified();
     }
 }

@@ -58,6 +58,7 @@ private:
     void editClinkerProcess();
     void optimizeClinker();
     void optimizeBlasts();
+    void optimizeStockpiles();
     void restoreBackups(BackupRestore::Kind kind);
     void deleteBackups(BackupRestore::Kind kind);
 

@@ -13,10 +13,21 @@
 
 namespace kilnova {
 
-ConstraintEditor::ConstraintEditor(const QString& title, OptimizationSettings& settings, UserPrompt& ui,
-                                   QWidget* parent)
+ConstraintEditor::Rules ConstraintEditor::Rules::of(OptimizationSettings& settings)
+{
+    return {[&settings]() -> const ConstraintList& { return settings.constraintList(); },
+            [&settings](int e, double min, double max) { return settings.addConstraint(e, min, max); },
+            [&settings](int row, int e, double min, double max) {
+                return settings.modifyConstraint(row, e, min, max);
+            },
+            [&settings](int row) {
+                settings.removeConstraint(row);
+            }};
+}
+
+ConstraintEditor::ConstraintEditor(const QString& title, Rules rules, UserPrompt& ui, QWidget* parent)
     : QGroupBox(title, parent)
-    , mSettings(settings)
+    , mRules(std::move(rules))
     , mUi(ui)
     , mMinimum(new NumberField)
     , mElement(new QComboBox)
@@ -27,38 +38,43 @@ ConstraintEditor::ConstraintEditor(const QString& title, OptimizationSettings& s
     mElement->setObjectName(QStringLiteral("constraintElement"));
     mMaximum->setObjectName(QStringLiteral("maximum"));
     mList->setObjectName(QStringLiteral("constraints"));
-    mElement->addItems(settings.constraintList().names());
+    mElement->addItems(mRules.list().names());
 
-    auto* editor = new QHBoxLayout;
-    editor->addWidget(mMinimum);
-    editor->addWidget(new QLabel(QStringLiteral("<=")));
-    editor->addWidget(mElement);
-    editor->addWidget(new QLabel(QStringLiteral("<=")));
-    editor->addWidget(mMaximum);
+    auto* fields = new QHBoxLayout;
+    fields->addWidget(mMinimum);
+    fields->addWidget(new QLabel(QStringLiteral("<=")));
+    fields->addWidget(mElement);
+    fields->addWidget(new QLabel(QStringLiteral("<=")));
+    fields->addWidget(mMaximum);
     auto* add = new QPushButton(QStringLiteral("Add"));
     auto* modify = new QPushButton(QStringLiteral("Modify"));
     auto* remove = new QPushButton(QStringLiteral("Remove"));
+    add->setObjectName(QStringLiteral("add"));
+    modify->setObjectName(QStringLiteral("modify"));
+    remove->setObjectName(QStringLiteral("remove"));
     auto* buttons = new QHBoxLayout;
-    for (QPushButton* b : {add, modify, remove})
+    for (QPushButton* b : {add, modify, remove}) {
+        b->setAutoDefault(false);
         buttons->addWidget(b);
+    }
     auto* layout = new QVBoxLayout(this);
-    layout->addLayout(editor);
+    layout->addLayout(fields);
     layout->addLayout(buttons);
     layout->addWidget(mList);
 
     connect(mList, &QListWidget::currentRowChanged, this, [this](int row) {
-        const std::vector<int>& order = mSettings.constraintElements();
-        if (row < 0 || row >= static_cast<int>(order.size()))
+        const ConstraintList& list = mRules.list();
+        if (row < 0 || row >= static_cast<int>(list.order().size()))
             return;
-        const int element = order[static_cast<std::size_t>(row)];
+        const int element = list.order()[static_cast<std::size_t>(row)];
         mElement->setCurrentIndex(element);
-        mMinimum->setValue(mSettings.constraint(element).minimum);
-        mMaximum->setValue(mSettings.constraint(element).maximum);
+        mMinimum->setValue(list.entry(element).minimum);
+        mMaximum->setValue(list.entry(element).maximum);
     });
-    connect(add, &QPushButton::clicked, this, [this] { edit(false); });
-    connect(modify, &QPushButton::clicked, this, [this] { edit(true); });
+    connect(add, &QPushButton::clicked, this, [this] { apply(false); });
+    connect(modify, &QPushButton::clicked, this, [this] { apply(true); });
     connect(remove, &QPushButton::clicked, this, [this] {
-        mSettings.removeConstraint(mList->currentRow());
+        mRules.remove(mList->currentRow());
         refresh();
     });
     refresh();
@@ -67,12 +83,13 @@ ConstraintEditor::ConstraintEditor(const QString& title, OptimizationSettings& s
 void ConstraintEditor::refresh()
 {
     const int row = mList->currentRow();
+    const QSignalBlocker blocker(mList);
     mList->clear();
-    mList->addItems(mSettings.constraintTexts());
+    mList->addItems(mRules.list().texts());
     mList->setCurrentRow(std::min(row, mList->count() - 1));
 }
 
-void ConstraintEditor::edit(bool modify)
+void ConstraintEditor::apply(bool modify)
 {
     const std::optional<double> minimum = requireNumber(mMinimum, mUi);
     if (!minimum)
@@ -82,8 +99,8 @@ void ConstraintEditor::edit(bool modify)
         return;
     const int element = mElement->currentIndex();
     const std::optional<QString> refusal =
-        modify ? mSettings.modifyConstraint(mList->currentRow(), element, *minimum, *maximum)
-               : mSettings.addConstraint(element, *minimum, *maximum);
+        modify ? mRules.modify(mList->currentRow(), element, *minimum, *maximum)
+               : mRules.add(element, *minimum, *maximum);
     if (refusal) {
         mUi.showMessage(*refusal, UserPrompt::Icon::Warning, {});
         return;

@@ -8,8 +8,11 @@
 #include "ui/CMainFrame.h"
 #include "ui/COptimizeAdditives.h"
 #include "ui/COptimizeBlasts.h"
+#include "ui/COptimizeStockpiles.h"
+#include "ui/CUpdateActualStockpiles.h"
 #include "ui/QuietPrompt.h"
 #include "ui/RecordDialog.h"
+#include "ui/StockpileResultsWindow.h"
 #include "ui/TableDialog.h"
 
 #include <QApplication>
@@ -117,6 +120,34 @@ int ScreenshotTaker::run(const QString& project, const QString& dialog, const QS
         results.resize(820, 900);
         results.show();
         return save(&results, output) ? 0 : 1;
+    }
+
+    if (dialog == QLatin1String("optimize-stockpiles") || dialog == QLatin1String("stockpile-results")) {
+        if (!doc.database())
+            return 1;
+        COptimizeStockpiles optimize(*doc.database(), doc.settings().stockpileOptimization, prompt, {}, {},
+                                     &frame);
+        optimize.show();
+        if (dialog == QLatin1String("optimize-stockpiles"))
+            return save(&optimize, output) ? 0 : 1;
+        const StockpileOptimization::Result result = optimize.optimization().optimize();
+        if (!result.outcome.solved) {
+            std::fprintf(stderr, "%s\n", qPrintable(result.outcome.message));
+            return 1;
+        }
+        StockpileResultsWindow results(result, doc, prompt, &frame);
+        results.resize(820, 760);
+        results.show();
+        return save(&results, output) ? 0 : 1;
+    }
+    if (dialog == QLatin1String("update-actual")) {
+        if (!doc.database())
+            return 1;
+        const StockpileOptimization stockpiles(*doc.database(), {});
+        CUpdateActualStockpiles update(*doc.database(), prompt, stockpiles.stockpileKeys(),
+                                       {{"Bed A-0611", "Pre-blending"}}, &frame);
+        update.show();
+        return save(&update, output) ? 0 : 1;
     }
 
     const std::map<QString, Table> tables = {{"blast", Table::Blast},         {"stockpile", Table::Stockpile},

@@ -49,6 +49,7 @@ TableDialog::TableDialog(ProjectDatabase& db, Table table, Mode mode, UserPrompt
 
     mCount->setObjectName(QStringLiteral("count"));
     auto* bottom = new QHBoxLayout;
+    mButtons = bottom;
     bottom->addWidget(mCount, 1);
     if (mode == Mode::Modify) {
         auto* add = new QPushButton(QStringLiteral("Add"));

@@ -7,6 +7,7 @@
 #include <functional>
 #include <vector>
 
+class QHBoxLayout;
 class QLabel;
 class QPushButton;
 class QTableView;
@@ -48,6 +49,10 @@ public:
     static std::unique_ptr<TableDialog> create(ProjectDatabase& db, Table table, Mode mode, UserPrompt& ui,
                                                QWidget* parent);
 
+protected:
+    /// The row of buttons under the list, for a table's own actions.
+    QHBoxLayout* buttonRow() const { return mButtons; }
+
 private:
     /// Runs the record form for Add or Modify and shows the stored record.
     void editInForm(RecordForm form);
@@ -57,6 +62,7 @@ private:
     TableEditor mEditor;
     QTableView* mView;
     QLabel* mCount;
+    QHBoxLayout* mButtons = nullptr;
     QPushButton* mModify = nullptr;
     QPushButton* mDelete = nullptr;
     bool mLoaded;

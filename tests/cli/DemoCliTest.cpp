@@ -18,7 +18,7 @@ TEST(DemoCli, BuildsTheDemoFromTheDataInsideTheProgramAndReplacesItOnlyWhenForce
     const QString folder = QDir::cleanPath(dir.filePath("demo"));
     const QString expected = QStringLiteral("Connected database name: %1/demo.kndb\n"
                                             "Number of records in Blast table: 44\n"
-                                            "Number of records in Stockpile table: 8\n"
+                                            "Number of records in Stockpile table: 10\n"
                                             "Number of records in Crude table: 6\n"
                                             "Number of records in Clinker table: 5\n"
                                             "Number of records in Additives table: 5\n"

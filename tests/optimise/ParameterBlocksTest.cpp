@@ -69,7 +69,7 @@ TEST(ParameterBlocks, StockpileOptimisationLayout)
         p.productConstraints[i] = {i + 0.5, i + 10.25, QString::fromLatin1(text(i)), 1, i};
         p.remainderConstraints[i] = {-i - 0.5, i + 20.0, QString::fromLatin1(text(100 + i)), 0, 2 * i + 1};
     }
-    p.option = 7;
+    p.stockpileCount = 7;
     p.sources = QStringList{"S1", "", "S3"};
 
     ByteBuilder b;

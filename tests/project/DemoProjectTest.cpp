@@ -4,6 +4,9 @@
 #include "database/DatabaseError.h"
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
+#include "optimise/BlendSummary.h"
+#include "optimise/StockpileOptimization.h"
+#include "optimise/StockpileReport.h"
 #include "project/DemoDataError.h"
 #include "project/ProjectFile.h"
 
@@ -198,6 +201,12 @@ TEST_F(BrokenDemoData, IsReportedByFileAndLineAndLeavesNothingBehind)
          "blast-optimisation.csv constrains CaO, the element it targets."},
         {"blast-optimisation.csv", "Mode,Target", "Mode,Aim",
          "blast-optimisation.csv line 5: \"Aim\" is not a mode."},
+        {"stockpile-optimisation.csv", "Stockpile,Marl pile (Quarry)", "Stockpile,Marl pile (Bed)",
+         "stockpile-optimisation.csv line 13: there is no stockpile \"Marl pile (Bed)\"."},
+        {"stockpile-optimisation.csv", "Additive,Bauxite", "Additive,Gypsum",
+         "stockpile-optimisation.csv line 17: there is no additive \"Gypsum\"."},
+        {"stockpile-optimisation.csv", "Left,MS", "Left,LSF",
+         "stockpile-optimisation.csv line 23: LSF is constrained twice."},
     };
     for (const Case& c : cases) {
         freshCopy();
@@ -215,6 +224,38 @@ TEST_F(BrokenDemoData, IsReportedByFileAndLineAndLeavesNothingBehind)
     }
 }
 
+TEST_F(DemoProjectTest, TheStockpileOptimisationMakesACrudeWithinItsLimits)
+{
+    const ProjectFile::Loaded loaded = ProjectFile::load(path("demo.knv"));
+    std::unique_ptr<ProjectDatabase> db = ProjectDatabase::open(path("demo.kndb"));
+    const StockpileOptimization o(*db, loaded.settings.stockpileOptimization);
+    EXPECT_EQ(o.selectedStockpiles().size(), 6u);
+    EXPECT_EQ(o.selectedAdditives(), QStringList({"Bauxite", "Iron ore", "Sand"}));
+    EXPECT_EQ(o.constraintTexts(), QStringList({"0.95 <= LSF <= 0.98", "2.40 <= MS <= 2.60",
+                                                "1.40 <= MA <= 1.70", "0.00 <= MgO <= 1.50"}))
+        << "in the file's order";
+    EXPECT_EQ(o.leftConstraintTexts(), QStringList({"0.75 <= LSF <= 1.05", "2.20 <= MS <= 3.00"}));
+    const StockpileOptimization::Result r = o.optimize();
+    ASSERT_TRUE(r.outcome.solved) << r.outcome.message.toStdString();
+    const BlendSummary crude = StockpileReport::crude(r.problem, r.outcome, chemCoefficients());
+    const BlendSummary left = StockpileReport::left(r.problem, r.outcome, chemCoefficients());
+    EXPECT_NEAR(crude.tonnage, 24000, 0.01);
+    // What the limits promise, with the solver's tolerance.
+    const Range crudeRanges[] = {{"LSF", 0.95, 0.98}, {"MS", 2.4, 2.6}, {"MA", 1.4, 1.7}, {"MgO", 0, 1.5}};
+    for (const Range& range : crudeRanges) {
+        const double v = crude.values[static_cast<std::size_t>(*elementFromName(range.column))];
+        EXPECT_GE(v, range.low - 1e-4) << range.column;
+        EXPECT_LE(v, range.high + 1e-4) << range.column;
+    }
+    const Range leftRanges[] = {{"LSF", 0.75, 1.05}, {"MS", 2.2, 3.0}};
+    for (const Range& range : leftRanges) {
+        const double v = left.values[static_cast<std::size_t>(*elementFromName(range.column))];
+        EXPECT_GE(v, range.low - 1e-4) << range.column;
+        EXPECT_LE(v, range.high + 1e-4) << range.column;
+    }
+    EXPECT_GT(left.tonnage, 0.0);
+}
+
 TEST_F(BrokenDemoData, ADuplicateBlastIsRefusedByTheDatabaseAndNoFileStays)
 {
     edit("blasts.csv", [](QString text) { return text.replace("LS398-01,", "LS410-01,"); });
@@ -227,6 +268,10 @@ TEST_F(BrokenDemoData, QuotedFieldsMayHoldCommasAndQuotes)
 {
     edit("stockpiles.csv", [](QString text) {
         return text.replace("Marl pile,Quarry", "\"Marl pile \"\"east\"\", bench 2\",Quarry");
+    });
+    edit("stockpile-optimisation.csv", [](QString text) {
+        return text.replace("Stockpile,Marl pile (Quarry)",
+                            "Stockpile,\"Marl pile \"\"east\"\", bench 2 (Quarry)\"");
     });
     DemoProject::build(mData.path(), mOut.path());
     std::unique_ptr<ProjectDatabase> db = ProjectDatabase::open(QDir(mOut.path()).filePath("demo.kndb"));

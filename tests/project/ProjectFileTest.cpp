@@ -162,7 +162,7 @@ ProjectSettings everythingChanged()
     stk.mode = 0;
     stk.productConstraints[14] = {0.9, 1.0, QStringLiteral("0.90 <= LSF <= 1.00"), 1, 0};
     stk.remainderConstraints[1] = {10, 20, {}, 0, 1};
-    stk.option = 3;
+    stk.stockpileCount = 3;
     stk.sources = QStringList{"Pile 1"};
 
     CClinkerOptParameters& clinker = s.clinkerOptimization;
@@ -451,7 +451,7 @@ TEST(ProjectSettingsJson, ShowsEverySettingUnderReadableKeys)
         {"blastOptimization.coordinateFilter.eastMaximum", 500.25},
         {"blastOptimization.selectedSources.1", "B-102"},
         {"stockpileOptimization.remainderConstraints.1.element", "SiO2"},
-        {"stockpileOptimization.remainderConstraints.1.flag2", 1},
+        {"stockpileOptimization.remainderConstraints.1.position", 1},
         {"clinkerOptimization.sourceSelectionName", "Stockpile + Additives + Coal"},
         {"clinkerOptimization.tonnageConstraints.0.source", "North"},
         {"clinkerOptimization.coalSources.0", "Coal A"},
