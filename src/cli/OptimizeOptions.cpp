@@ -144,7 +144,7 @@ bool OptimizeOptions::applyTo(OptimizationSettings& settings)
         settings.setModeChoice(position);
     }
     if (mElement) {
-        const std::optional<int> e = elementFromName(mElement->toStdString());
+        const std::optional<int> e = settings.propertyOfName(*mElement);
         if (!e || *e >= settings.optimisableCount())
             return fail(
                 QStringLiteral("--element \"%1\" is not an element that can be optimised").arg(*mElement));
@@ -161,7 +161,7 @@ bool OptimizeOptions::applyTo(OptimizationSettings& settings)
             const std::optional<Limit> limit = parseLimit(text);
             if (!limit)
                 return fail(QStringLiteral("--constraint \"%1\" is not \"MIN <= ELEMENT <= MAX\"").arg(text));
-            const std::optional<int> e = elementFromName(limit->name.toStdString());
+            const std::optional<int> e = settings.propertyOfName(limit->name);
             if (!e)
                 return fail(
                     QStringLiteral("--constraint \"%1\": \"%2\" is not an element").arg(text, limit->name));

@@ -20,8 +20,7 @@ namespace kilnova {
 
 const QStringList& BlastOptimization::modeChoices()
 {
-    static const QStringList choices = {"Minimize", "Maximize", "Target", "Maximize Tonnage"};
-    return choices;
+    return modeChoiceNames();
 }
 
 BlastOptimization::BlastOptimization(ProjectDatabase& db, const COptimizationParameters& p)

@@ -18,6 +18,8 @@ namespace kilnova {
 /// so the dialogs, the command line and the tests share one copy of these rules.
 class OptimizationSettings {
 public:
+    /// The choices of "Optimize:", in their order: Minimize, Maximize, Target, Maximize Tonnage.
+    static const QStringList& modeChoiceNames();
     /// Mode value of a choice position: Minimize -1, Maximize 1, Target 0, Maximize Tonnage 2; no
     /// choice (-1) gives -1.
     static int modeOfChoice(int position);
@@ -38,6 +40,11 @@ public:
     const QStringList& modeChoiceList() const { return mModeChoices; }
     /// How many properties, from the first, can be optimised (the element choice's length).
     int optimisableCount() const { return mOptimisable; }
+    /// The names the constraint list offers, in property order.
+    const QStringList& propertyNames() const { return mConstraints.names(); }
+    /// The property of a name as the lists show it, or as its column is called ("Cost Factor" or
+    /// "CostFactor"); nothing for a name that is neither.
+    std::optional<int> propertyOfName(const QString& name) const;
     int modeChoice() const { return mModeChoice; }
     void setModeChoice(int position) { mModeChoice = position; }
     int mode() const { return modeOfChoice(mModeChoice); }
@@ -67,8 +74,8 @@ protected:
     /// Fills the objective and the constraints from stored settings.
     void loadSettings(int mode, int element, double target, double requestedTonnage,
                       const std::vector<ConstraintEntry>& constraints);
-    /// The element index of a stored name ("Cost Factor" or "CostFactor"); the first for an unknown one.
-    static int elementOfName(const QString& name);
+    /// The property of a stored name ("Cost Factor" or "CostFactor"); the first for an unknown one.
+    int elementOfName(const QString& name) const { return propertyOfName(name).value_or(0); }
 
 private:
     std::optional<int> targeted() const;

@@ -41,6 +41,8 @@ void SourceUpdate::store(ProjectDatabase& db, const std::vector<Blend>& blends,
         for (std::size_t k = 0; k < kElementCount; ++k)
             analysis[k] = static_cast<float>(blend.values[k]);
         record.setAnalysis(analysis);
+        for (const auto& [column, value] : blend.columns)
+            record.setValue(column, value);
         RecordTable(db, blend.table).add(record);
     }
 
@@ -79,7 +81,7 @@ std::optional<QString> SourceUpdate::nameRefusal(ProjectDatabase& db, Table tabl
 }
 
 bool SourceUpdate::storeAsking(ProjectDatabase& db, UserPrompt& ui, std::vector<Named> records,
-                               const std::vector<Take>& takes)
+                               const std::vector<Take>& takes, const std::optional<QString>& subtractQuestion)
 {
     try {
         for (Named& record : records) {
@@ -100,7 +102,7 @@ bool SourceUpdate::storeAsking(ProjectDatabase& db, UserPrompt& ui, std::vector<
         ui.showMessage(message(Msg::DatabaseOperationFailed), UserPrompt::Icon::Error, e.message());
         return false;
     }
-    const bool subtract = ui.askYesNo(message(Msg::SubtractQuantities));
+    const bool subtract = ui.askYesNo(subtractQuestion.value_or(message(Msg::SubtractQuantities)));
     if (const std::optional<QString> gone = db.missingFileMessage()) {
         ui.showMessage(*gone, UserPrompt::Icon::Error);
         return false;

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace kilnova {
@@ -20,7 +21,10 @@ public:
         Table table; ///< where the new record goes (Stockpile for blasts, Crude, Clinker, Coal)
         QString name;
         double tonnage = 0.0;
+        /// The analysis columns the table has take these; the others are ignored.
         std::array<double, kElementCount> values{};
+        /// Further columns by name, set after the analysis (a coal's BTU, Ash, Humidity, ...).
+        std::vector<std::pair<QString, double>> columns = {};
     };
 
     struct Take {
@@ -57,14 +61,17 @@ public:
     static std::optional<QString> nameRefusal(ProjectDatabase& db, Table table, const QString& name);
 
     /// The whole command: asks for each new record's name in turn (a refused name is explained and
-    /// asked again), asks whether to subtract, stores, and tells the user of a failure. Returns true
-    /// when everything was stored; a cancelled name prompt stores nothing.
+    /// asked again), asks whether to subtract (`subtractQuestion`, or the usual question), stores,
+    /// and tells the user of a failure. Returns true when everything was stored; a cancelled name
+    /// prompt stores nothing.
     static bool storeAsking(ProjectDatabase& db, UserPrompt& ui, std::vector<Named> records,
-                            const std::vector<Take>& takes);
+                            const std::vector<Take>& takes,
+                            const std::optional<QString>& subtractQuestion = std::nullopt);
     static bool storeAsking(ProjectDatabase& db, UserPrompt& ui, const QString& namePrompt, Blend blend,
-                            const std::vector<Take>& takes)
+                            const std::vector<Take>& takes,
+                            const std::optional<QString>& subtractQuestion = std::nullopt)
     {
-        return storeAsking(db, ui, {Named{namePrompt, std::move(blend)}}, takes);
+        return storeAsking(db, ui, {Named{namePrompt, std::move(blend)}}, takes, subtractQuestion);
     }
 };
 
