@@ -76,6 +76,17 @@ const QHash<int, QString>& table()
                         "has no tonnes left or lies outside the coordinate filter.")},
         {30805, QStringLiteral("Enter a target tonnage greater than 0, then combine again.")},
 
+        {30600, QStringLiteral("Enter a name for this coal")},
+        {30601,
+         QStringLiteral("Error, a constraint or the element to optimize is applied to the ash analysis, "
+                        "which coal %1 cannot weigh: its Ash is %2, optimization is aborted")},
+        {30602,
+         QStringLiteral("The requested tonnage, %1 t, is more than the chosen coals hold, %2 t. Choose "
+                        "more coals or ask for less.")},
+        {30603, QStringLiteral("The Coal table has no backup: subtracted quantities cannot be restored.")},
+        {30604,
+         QStringLiteral("The coal \"%1\" is no longer in the Coal table; refresh the list of sources.")},
+
         {30000, QStringLiteral("Kilnova project databases (*.kndb)")},
         {30001,
          QStringLiteral("Connected database name: %1\nNumber of records in Blast table: %2\nNumber of "

@@ -55,6 +55,13 @@ enum class Msg : int {
     BlastNotInSourceList = 30804,
     CombinationTonnageMissing = 30805,
 
+    // Coal optimisation (30600-30699).
+    CoalNamePrompt = 30600,
+    CoalWithoutAsh,
+    CoalTonnageNotAvailable,
+    CoalChangeCannotBeRestored,
+    CoalNoLongerThere,
+
     // Texts of this program's own.
     DatabaseFileFilter = 30000,
     StatusReport,
