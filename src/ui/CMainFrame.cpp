@@ -11,6 +11,8 @@
 #include "ui/CCombineBlasts.h"
 #include "ui/CKilnovaView.h"
 #include "ui/COptimizeBlasts.h"
+#include "ui/COptimizeCoal.h"
+#include "ui/CoalResultsWindow.h"
 #include "ui/GuiImportDialogs.h"
 #include "ui/GuiPrompt.h"
 #include "ui/RecentFiles.h"
@@ -124,6 +126,9 @@ void CMainFrame::registerHandlers()
     mHandlers[CommandId::OptimizeBlasts] = [this] {
         optimizeBlasts();
     };
+    mHandlers[CommandId::OptimizeCoal] = [this] {
+        optimizeCoal();
+    };
     mHandlers[CommandId::AnalyseBlastCombinations] = [this] {
         CCombineBlasts::run(mDoc, *mPrompt, this);
     };
@@ -191,6 +196,21 @@ void CMainFrame::optimizeBlasts()
     COptimizeBlasts dialog(*mDoc.database(), mDoc.settings().blastOptimization, *mPrompt, showResults, this);
     if (dialog.exec() == QDialog::Accepted) {
         mDoc.settings().blastOptimization = dialog.parameters();
+        mDoc.setModified();
+    }
+}
+
+void CMainFrame::optimizeCoal()
+{
+    auto showResults = [this](const CoalOptimization::Result& result) {
+        // Modal over the optimisation dialog, which stays open for another run.
+        QWidget* over = QApplication::activeModalWidget();
+        CoalResultsWindow window(result, mDoc, *mPrompt, over ? over : this);
+        window.exec();
+    };
+    COptimizeCoal dialog(*mDoc.database(), mDoc.settings().coalOptimization, *mPrompt, showResults, this);
+    if (dialog.exec() == QDialog::Accepted) {
+        mDoc.settings().coalOptimization = dialog.parameters();
         mDoc.setModified();
     }
 }

@@ -52,6 +52,7 @@ private:
     void editChemicalEquations();
     void editClinkerProcess();
     void optimizeBlasts();
+    void optimizeCoal();
     void restoreBackups(BackupRestore::Kind kind);
     void deleteBackups(BackupRestore::Kind kind);
 

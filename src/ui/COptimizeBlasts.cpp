@@ -3,6 +3,7 @@
 #include "common/UserPrompt.h"
 #include "database/DatabaseError.h"
 #include "optimise/ConstraintEntry.h"
+#include "ui/ConstraintEditor.h"
 #include "ui/NumberField.h"
 #include "ui/RecordView.h"
 
@@ -39,10 +40,7 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     , mElement(new QComboBox)
     , mTarget(numberField("target"))
     , mTonnage(numberField("requestedTonnage"))
-    , mMinimum(numberField("minimum"))
-    , mConstraintElement(new QComboBox)
-    , mMaximum(numberField("maximum"))
-    , mConstraints(new QListWidget)
+    , mConstraints(new ConstraintEditor(mOptimization, ui))
     , mSourceCaption(new QLabel)
     , mSources(new QListWidget)
     , mFilter(new QCheckBox(QStringLiteral("Filter by coordinate")))
@@ -51,8 +49,6 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     setWindowTitle(QStringLiteral("Optimize Blasts"));
     mMode->setObjectName("mode");
     mElement->setObjectName("element");
-    mConstraintElement->setObjectName("constraintElement");
-    mConstraints->setObjectName("constraints");
     mSources->setObjectName("sources");
     mSourceCaption->setObjectName("sourceCaption");
     mFilter->setObjectName("filter");
@@ -61,11 +57,8 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     // Objective
     mMode->addItems(BlastOptimization::modeChoices());
     mMode->setCurrentIndex(mOptimization.modeChoice());
-    for (int k = 0; k < kElementCount; ++k) {
-        if (k < elementIndex(Element::Cl))
-            mElement->addItem(elementName(k));
-        mConstraintElement->addItem(elementName(k));
-    }
+    for (int k = 0; k < mOptimization.optimisableCount(); ++k)
+        mElement->addItem(elementName(k));
     mElement->setCurrentIndex(mOptimization.element());
     mTarget->setValue(mOptimization.target());
     mTonnage->setValue(mOptimization.requestedTonnage());
@@ -77,25 +70,6 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     objective->addWidget(mTarget, 1, 1);
     objective->addWidget(new QLabel(QStringLiteral("Requested tonnage:")), 2, 0);
     objective->addWidget(mTonnage, 2, 1);
-
-    // Constraints
-    auto* editor = new QHBoxLayout;
-    editor->addWidget(mMinimum);
-    editor->addWidget(new QLabel(QStringLiteral("<=")));
-    editor->addWidget(mConstraintElement);
-    editor->addWidget(new QLabel(QStringLiteral("<=")));
-    editor->addWidget(mMaximum);
-    auto* add = new QPushButton(QStringLiteral("Add"));
-    auto* modify = new QPushButton(QStringLiteral("Modify"));
-    auto* remove = new QPushButton(QStringLiteral("Remove"));
-    auto* constraintButtons = new QHBoxLayout;
-    for (QPushButton* b : {add, modify, remove})
-        constraintButtons->addWidget(b);
-    auto* constraintBox = new QGroupBox(QStringLiteral("Constraints"));
-    auto* constraintLayout = new QVBoxLayout(constraintBox);
-    constraintLayout->addLayout(editor);
-    constraintLayout->addLayout(constraintButtons);
-    constraintLayout->addWidget(mConstraints);
 
     // Sources
     mSources->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -141,7 +115,7 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
 
     auto* right = new QVBoxLayout;
     right->addLayout(objective);
-    right->addWidget(constraintBox);
+    right->addWidget(mConstraints);
     auto* columns = new QHBoxLayout;
     columns->addWidget(sourceBox);
     columns->addLayout(right);
@@ -157,20 +131,6 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     });
     connect(mElement, &QComboBox::currentIndexChanged, this,
             [this](int index) { mOptimization.setElement(index); });
-    connect(mConstraints, &QListWidget::currentRowChanged, this, [this](int row) {
-        if (row < 0 || row >= static_cast<int>(mOptimization.constraintElements().size()))
-            return;
-        const int element = mOptimization.constraintElements()[static_cast<std::size_t>(row)];
-        mConstraintElement->setCurrentIndex(element);
-        mMinimum->setValue(mOptimization.constraint(element).minimum);
-        mMaximum->setValue(mOptimization.constraint(element).maximum);
-    });
-    connect(add, &QPushButton::clicked, this, [this] { editConstraint(false); });
-    connect(modify, &QPushButton::clicked, this, [this] { editConstraint(true); });
-    connect(remove, &QPushButton::clicked, this, [this] {
-        mOptimization.removeConstraint(mConstraints->currentRow());
-        showConstraints();
-    });
     connect(refresh, &QPushButton::clicked, this, &COptimizeBlasts::refreshSources);
     connect(extent, &QPushButton::clicked, this, [this] {
         guarded([this] { mOptimization.computeExtent(); });
@@ -184,7 +144,6 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     connect(ok, &QPushButton::clicked, this, &COptimizeBlasts::accept);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
 
-    showConstraints();
     refreshSources();
     updateEnabling();
 }
@@ -205,33 +164,6 @@ void COptimizeBlasts::updateEnabling()
     mTarget->setEnabled(mOptimization.targetEnabled());
     mElement->setEnabled(mOptimization.elementAndTonnageEnabled());
     mTonnage->setEnabled(mOptimization.elementAndTonnageEnabled());
-}
-
-void COptimizeBlasts::showConstraints()
-{
-    const int row = mConstraints->currentRow();
-    mConstraints->clear();
-    mConstraints->addItems(mOptimization.constraintTexts());
-    mConstraints->setCurrentRow(std::min(row, mConstraints->count() - 1));
-}
-
-void COptimizeBlasts::editConstraint(bool modify)
-{
-    const std::optional<double> minimum = requireNumber(mMinimum, mUi);
-    if (!minimum)
-        return;
-    const std::optional<double> maximum = requireNumber(mMaximum, mUi);
-    if (!maximum)
-        return;
-    const int element = mConstraintElement->currentIndex();
-    const std::optional<QString> refusal =
-        modify ? mOptimization.modifyConstraint(mConstraints->currentRow(), element, *minimum, *maximum)
-               : mOptimization.addConstraint(element, *minimum, *maximum);
-    if (refusal) {
-        mUi.showMessage(*refusal, UserPrompt::Icon::Warning, {});
-        return;
-    }
-    showConstraints();
 }
 
 bool COptimizeBlasts::readFields()

@@ -14,6 +14,7 @@ class QListWidget;
 
 namespace kilnova {
 
+class ConstraintEditor;
 class NumberField;
 class UserPrompt;
 
@@ -38,10 +39,8 @@ public:
 private:
     /// Copies the edit fields into the core object; false (after telling the user) if one is not a number.
     bool readFields();
-    void showConstraints();
     void updateEnabling();
     void selectionChanged();
-    void editConstraint(bool modify);
     void viewSource();
     /// Runs a step that reads the database, telling the user if it fails.
     bool guarded(const std::function<void()>& step);
@@ -55,10 +54,7 @@ private:
     QComboBox* mElement;
     NumberField* mTarget;
     NumberField* mTonnage;
-    NumberField* mMinimum;
-    QComboBox* mConstraintElement;
-    NumberField* mMaximum;
-    QListWidget* mConstraints;
+    ConstraintEditor* mConstraints;
     QLabel* mSourceCaption;
     QListWidget* mSources;
     QCheckBox* mFilter;
