@@ -4,6 +4,7 @@
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
 #include "database/Transaction.h"
+#include "optimise/CoalProperties.h"
 #include "project/DemoDataError.h"
 #include "project/ProjectFile.h"
 
@@ -148,20 +149,20 @@ std::vector<Record> records(const CsvFile& csv, Table table)
     return result;
 }
 
-int element(const CsvFile& csv, const CsvLine& line, int maxIndex)
-{
-    const std::optional<int> e = elementFromName(line.fields[1].toStdString());
-    if (!e || *e > maxIndex)
-        throw DemoDataError(QStringLiteral("%1 line %2: \"%3\" is not an element that can be used here.")
-                                .arg(csv.name)
-                                .arg(line.number)
-                                .arg(line.fields[1]));
-    return *e;
-}
+/// What every optimisation settings file holds: "Setting,Value,Minimum,Maximum" lines for the mode,
+/// the optimised property, the target, the tonnage, the sources (the kind's own setting name) and the
+/// constraints, read against the kind's property names.
+struct SettingsFile {
+    std::optional<qint32> mode;
+    std::optional<int> property;
+    double target = 0.0;
+    double tonnage = 0.0;
+    QStringList sources;
+    std::vector<ConstraintEntry> constraints;
+};
 
-} // namespace
-
-COptimizationParameters DemoProject::readBlastOptimisation(const QString& path, const QStringList& blastNames)
+SettingsFile readSettings(const QString& path, const QStringList& propertyNames, int optimisable,
+                          const QString& sourceSetting, const QStringList& sourceNames)
 {
     const QFileInfo info(path);
     const CsvFile csv = readCsv(info.path(), info.fileName());
@@ -172,50 +173,89 @@ COptimizationParameters DemoProject::readBlastOptimisation(const QString& path, 
                                              {"Maximize", COptimizationParameters::kMaximize},
                                              {"Target", COptimizationParameters::kTarget},
                                              {"Maximize Tonnage", COptimizationParameters::kMaximizeTonnage}};
-    COptimizationParameters p;
+    SettingsFile settings;
+    settings.constraints.resize(static_cast<std::size_t>(propertyNames.size()));
     for (const CsvLine& line : csv.lines) {
         const QString& setting = line.fields[0];
         const QString& value = line.fields[1];
         const auto fail = [&](const QString& why) {
             return DemoDataError(QStringLiteral("%1 line %2: %3").arg(csv.name).arg(line.number).arg(why));
         };
+        // A property by its shown name or its column name ("Cost Factor", "CostFactor").
+        const auto property = [&](qsizetype count) {
+            for (qsizetype k = 0; k < count; ++k) {
+                if (propertyNames[k] == value || QString(propertyNames[k]).remove(u' ') == value)
+                    return static_cast<int>(k);
+            }
+            throw fail(QStringLiteral("\"%1\" is not an element that can be used here.").arg(value));
+        };
         if (setting == "Mode") {
             const auto mode = modes.find(value);
             if (mode == modes.end())
                 throw fail(QStringLiteral("\"%1\" is not a mode.").arg(value));
-            p.mode = mode->second;
+            settings.mode = mode->second;
         } else if (setting == "Element") {
-            // Cl can be constrained but not optimised.
-            p.optimizedElement = elementName(element(csv, line, elementIndex(Element::C4AF)));
+            settings.property = property(optimisable);
         } else if (setting == "Target") {
-            p.target = number(csv, line, 1);
+            settings.target = number(csv, line, 1);
         } else if (setting == "Tonnage") {
-            p.requestedTonnage = number(csv, line, 1);
-        } else if (setting == "Blast") {
-            if (!blastNames.contains(value))
-                throw fail(QStringLiteral("there is no blast \"%1\".").arg(value));
-            p.selectedSources << value;
+            settings.tonnage = number(csv, line, 1);
+        } else if (!sourceSetting.isEmpty() && setting == sourceSetting) {
+            if (!sourceNames.contains(value))
+                throw fail(QStringLiteral("there is no %1 \"%2\".").arg(sourceSetting.toLower(), value));
+            settings.sources << value;
         } else if (setting == "Constraint") {
-            const int e = element(csv, line, kElementCount - 1);
+            const int k = property(propertyNames.size());
             const double minimum = number(csv, line, 2);
             const double maximum = number(csv, line, 3);
-            ConstraintEntry& entry = p.constraints[static_cast<std::size_t>(e)];
+            ConstraintEntry& entry = settings.constraints[static_cast<std::size_t>(k)];
             if (entry.isActive())
-                throw fail(QStringLiteral("%1 is constrained twice.").arg(elementName(e)));
+                throw fail(QStringLiteral("%1 is constrained twice.").arg(propertyNames[k]));
             if (minimum > maximum)
-                throw fail(QStringLiteral("the minimum of %1 is above its maximum.").arg(elementName(e)));
-            entry = {minimum, maximum, ConstraintEntry::format(minimum, elementName(e), maximum), 1};
+                throw fail(QStringLiteral("the minimum of %1 is above its maximum.").arg(propertyNames[k]));
+            entry = {minimum, maximum, ConstraintEntry::format(minimum, propertyNames[k], maximum), 1};
         } else {
             throw fail(QStringLiteral("\"%1\" is not a setting.").arg(setting));
         }
     }
+    if (settings.mode == COptimizationParameters::kTarget && settings.property &&
+        settings.constraints[static_cast<std::size_t>(*settings.property)].isActive())
+        throw DemoDataError(QStringLiteral("%1 constrains %2, the element it targets.")
+                                .arg(csv.name, propertyNames[*settings.property]));
+    return settings;
+}
+
+} // namespace
+
+COptimizationParameters DemoProject::readBlastOptimisation(const QString& path, const QStringList& blastNames)
+{
+    // Cl can be constrained but not optimised.
+    const SettingsFile file =
+        readSettings(path, elementNames(), elementIndex(Element::Cl), QStringLiteral("Blast"), blastNames);
+    COptimizationParameters p;
+    p.mode = file.mode.value_or(p.mode);
+    if (file.property)
+        p.optimizedElement = elementName(*file.property);
+    p.target = file.target;
+    p.requestedTonnage = file.tonnage;
+    p.selectedSources = file.sources;
+    std::copy(file.constraints.begin(), file.constraints.end(), p.constraints.begin());
     if (p.selectedSources.size() < 2)
-        throw DemoDataError(QStringLiteral("%1 selects fewer than two blasts.").arg(csv.name));
-    const std::optional<int> optimised = elementFromName(p.optimizedElement.toStdString());
-    if (p.mode == COptimizationParameters::kTarget &&
-        p.constraints[static_cast<std::size_t>(*optimised)].isActive())
         throw DemoDataError(
-            QStringLiteral("%1 constrains %2, the element it targets.").arg(csv.name, p.optimizedElement));
+            QStringLiteral("%1 selects fewer than two blasts.").arg(QFileInfo(path).fileName()));
+    return p;
+}
+
+CCoalOptParameters DemoProject::readCoalOptimisation(const QString& path)
+{
+    const SettingsFile file = readSettings(path, CoalProperties::names(), kCoalPropertyCount, {}, {});
+    CCoalOptParameters p;
+    p.mode = file.mode.value_or(p.mode);
+    if (file.property)
+        p.optimizedElement = CoalProperties::names()[*file.property];
+    p.target = file.target;
+    p.requestedTonnage = file.tonnage;
+    std::copy(file.constraints.begin(), file.constraints.end(), p.constraints.begin());
     return p;
 }
 
@@ -242,6 +282,8 @@ void DemoProject::build(const QString& dataDir, const QString& outDir)
     }
     const COptimizationParameters optimisation =
         readBlastOptimisation(QDir(dataDir).filePath(QStringLiteral("blast-optimisation.csv")), blastNames);
+    const CCoalOptParameters coalOptimisation =
+        readCoalOptimisation(QDir(dataDir).filePath(QStringLiteral("coal-optimisation.csv")));
 
     if (!QDir().mkpath(outDir))
         throw DemoDataError(
@@ -274,6 +316,7 @@ void DemoProject::build(const QString& dataDir, const QString& outDir)
     ProjectSettings settings;
     settings.databasePath = databasePath;
     settings.blastOptimization = optimisation;
+    settings.coalOptimization = coalOptimisation;
     try {
         ProjectFile::save(settings, out.absoluteFilePath(projectName()));
     } catch (...) {

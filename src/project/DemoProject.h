@@ -1,5 +1,6 @@
 #pragma once
 
+#include "optimise/CCoalOptParameters.h"
 #include "optimise/COptimizationParameters.h"
 
 #include <QString>
@@ -9,7 +10,7 @@ namespace kilnova {
 /// Builds the demo project from its data files: a fresh project database filled from one CSV file
 /// per table (blasts.csv, blast-deviations.csv, stockpiles.csv, crude.csv, clinker.csv,
 /// additives.csv, coal.csv) and a project file that uses it, with the blast optimisation settings
-/// of blast-optimisation.csv ready to run.
+/// of blast-optimisation.csv and the coal optimisation settings of coal-optimisation.csv ready to run.
 ///
 /// A table file has "#" comment lines, a header naming database columns and one record per line;
 /// missing columns keep their defaults and the derived columns are computed from the oxides. A
@@ -25,6 +26,8 @@ public:
 
     /// The settings that blast-optimisation.csv describes; blasts named there must be in blastNames.
     static COptimizationParameters readBlastOptimisation(const QString& path, const QStringList& blastNames);
+    /// The settings that coal-optimisation.csv describes (the project keeps no choice of coals).
+    static CCoalOptParameters readCoalOptimisation(const QString& path);
 
     static QString databaseName() { return QStringLiteral("demo.kndb"); }
     static QString projectName() { return QStringLiteral("demo.knv"); }
