@@ -5,6 +5,7 @@
 #include "optimise/BlastOptimization.h"
 #include "optimise/BlendSummary.h"
 #include "optimise/ClinkerOptimization.h"
+#include "optimise/CoalOptimization.h"
 #include "optimise/StockpileOptimization.h"
 #include "optimise/StockpileReport.h"
 
@@ -21,6 +22,26 @@ QJsonObject failedJson(const QString& message)
     return {{"status", "failed"}, {"message", message}};
 }
 
+/// The JSON of a solved run: the tonnes of each source taken under `sourceKey`, the mix by name.
+QJsonObject solvedJson(const QString& sourceKey, const QStringList& names, const OptimizationOutcome& outcome,
+                       double tonnage, const QStringList& propertyNames, const std::vector<double>& mix)
+{
+    QJsonObject json = {{"status", "optimal"}, {"message", QString()}};
+    QJsonArray tonnes;
+    for (qsizetype j = 0; j < names.size(); ++j) {
+        if (outcome.counts(static_cast<std::size_t>(j)))
+            tonnes.append(
+                QJsonObject{{sourceKey, names[j]}, {"tonnes", outcome.tonnes(static_cast<std::size_t>(j))}});
+    }
+    json["tonnes"] = tonnes;
+    json["optimizedTonnage"] = tonnage;
+    QJsonObject values;
+    for (qsizetype k = 0; k < propertyNames.size() && k < static_cast<qsizetype>(mix.size()); ++k)
+        values[propertyNames[k]] = mix[static_cast<std::size_t>(k)];
+    json["mix"] = values;
+    return json;
+}
+
 QJsonObject elementsJson(const std::array<double, kElementCount>& values)
 {
     QJsonObject o;
@@ -29,13 +50,31 @@ QJsonObject elementsJson(const std::array<double, kElementCount>& values)
     return o;
 }
 
-class BlastKind final : public OptimizeKind {
+/// What every kind does alike with its optimisation and the result of its last run.
+template <typename Optimization> class KindOf : public OptimizeKind {
 public:
-    explicit BlastKind(CliProject& project)
-        : mOptimization(*project.db, project.settings.blastOptimization)
+    template <typename... Settings>
+    explicit KindOf(CliProject& project, const Settings&... settings)
+        : mOptimization(*project.db, settings...)
     {
     }
     OptimizationSettings& settings() override { return mOptimization; }
+    void optimize() override { mResult = mOptimization.optimize(OptimizationSettings::debugFilePath()); }
+    bool solved() const override { return mResult.outcome.solved; }
+    QString message() const override { return mResult.outcome.message; }
+    QString report() const override { return mResult.report; }
+
+protected:
+    Optimization mOptimization;
+    typename Optimization::Result mResult;
+};
+
+class BlastKind final : public KindOf<BlastOptimization> {
+public:
+    explicit BlastKind(CliProject& project)
+        : KindOf(project, project.settings.blastOptimization)
+    {
+    }
     std::optional<QString> configure(OptimizeOptions& options) override
     {
         if (options.selection())
@@ -46,28 +85,18 @@ public:
     {
         s.blastOptimization = mOptimization.parametersForOk(s.blastOptimization);
     }
-    void optimize() override { mResult = mOptimization.optimize(BlastOptimization::debugFilePath()); }
-    bool solved() const override { return mResult.outcome.solved; }
-    QString message() const override { return mResult.outcome.message; }
     /// The blast messages name the dialog's controls; the command line names its options.
     QString failure() const override { return CliWording::reword(message()); }
-    QString report() const override { return mResult.report; }
     QJsonObject json() const override
     {
         if (!solved())
             return failedJson(message());
-        QJsonObject json = {{"status", "optimal"}, {"message", QString()}};
-        QJsonArray tonnes;
-        for (std::size_t j = 0; j < mResult.request.sources.size(); ++j) {
-            if (mResult.outcome.counts(j))
-                tonnes.append(QJsonObject{{"blast", mResult.request.sources[j].name},
-                                          {"tonnes", mResult.outcome.tonnes(j)}});
-        }
-        json["tonnes"] = tonnes;
+        QStringList names;
+        for (const SourceRecord& s : mResult.request.sources)
+            names << s.name;
         const BlendSummary blend = BlendSummary::of(mResult.request, mResult.outcome, chemCoefficients());
-        json["optimizedTonnage"] = blend.tonnage;
-        json["mix"] = elementsJson(blend.values);
-        return json;
+        return solvedJson("blast", names, mResult.outcome, blend.tonnage, elementNames(),
+                          {blend.values.begin(), blend.values.end()});
     }
     BlendChartData chart() const override
     {
@@ -75,24 +104,19 @@ public:
     }
     SourceUpdate::Blend blend(std::size_t) const override { return BlastOptimization::blendOf(mResult); }
     std::vector<SourceUpdate::Take> takes() const override { return BlastOptimization::takesOf(mResult); }
-
-private:
-    BlastOptimization mOptimization;
-    BlastOptimization::Result mResult;
 };
 
 const QString kCrudeCoal = QStringLiteral("--crude-coal");
 const QString kStockpiles = QStringLiteral("--stockpile-additives-coal");
 const QString kTonnageLimit = QStringLiteral("--tonnage-limit");
 
-class ClinkerKind final : public OptimizeKind {
+class ClinkerKind final : public KindOf<ClinkerOptimization> {
 public:
     explicit ClinkerKind(CliProject& project)
-        : mOptimization(*project.db, project.settings.clinkerOptimization, project.settings.clinkerProcess,
-                        static_cast<double>(project.settings.clinkerProcess.FreeLime))
+        : KindOf(project, project.settings.clinkerOptimization, project.settings.clinkerProcess,
+                 static_cast<double>(project.settings.clinkerProcess.FreeLime))
     {
     }
-    OptimizationSettings& settings() override { return mOptimization; }
     std::optional<QString> configure(OptimizeOptions& options) override
     {
         if (options.flag(kCrudeCoal) && options.flag(kStockpiles))
@@ -119,10 +143,6 @@ public:
     {
         s.clinkerOptimization = mOptimization.parametersForOk(s.clinkerOptimization);
     }
-    void optimize() override { mResult = mOptimization.optimize(ClinkerOptimization::debugFilePath()); }
-    bool solved() const override { return mResult.outcome.solved; }
-    QString message() const override { return mResult.outcome.message; }
-    QString report() const override { return mResult.report; }
     QJsonObject json() const override
     {
         if (!solved())
@@ -190,25 +210,21 @@ private:
         }
         return std::nullopt;
     }
-
-    ClinkerOptimization mOptimization;
-    ClinkerOptimization::Result mResult;
 };
 
 const QString kLeft = QStringLiteral("--left");
 
-class StockpileKind final : public OptimizeKind {
+class StockpileKind final : public KindOf<StockpileOptimization> {
 public:
     explicit StockpileKind(CliProject& project)
-        : mOptimization(*project.db, project.settings.stockpileOptimization)
+        : KindOf(project, project.settings.stockpileOptimization)
     {
     }
-    OptimizationSettings& settings() override { return mOptimization; }
     std::optional<QString> configure(OptimizeOptions& options) override
     {
         if (!options.values(kLeft).isEmpty() &&
             !options.applyLimits(
-                kLeft, options.values(kLeft),
+                kLeft, options.values(kLeft), mOptimization,
                 [this] {
                     while (!mOptimization.leftConstraintList().order().empty())
                         mOptimization.removeLeftConstraint(0);
@@ -227,10 +243,6 @@ public:
     {
         s.stockpileOptimization = mOptimization.parameters(s.stockpileOptimization);
     }
-    void optimize() override { mResult = mOptimization.optimize(OptimizationSettings::debugFilePath()); }
-    bool solved() const override { return mResult.outcome.solved; }
-    QString message() const override { return mResult.outcome.message; }
-    QString report() const override { return mResult.report; }
     QJsonObject json() const override
     {
         if (!solved())
@@ -261,10 +273,36 @@ public:
     BlendChartData chart() const override { return StockpileOptimization::chartOf(mResult); }
     SourceUpdate::Blend blend(std::size_t) const override { return StockpileOptimization::crudeOf(mResult); }
     std::vector<SourceUpdate::Take> takes() const override { return StockpileOptimization::takesOf(mResult); }
+};
 
-private:
-    StockpileOptimization mOptimization;
-    StockpileOptimization::Result mResult;
+class CoalKind final : public KindOf<CoalOptimization> {
+public:
+    explicit CoalKind(CliProject& project)
+        : KindOf(project, project.settings.coalOptimization)
+    {
+    }
+    /// The project keeps no choice of coals: without --select every coal is offered.
+    std::optional<QString> configure(OptimizeOptions& options) override
+    {
+        mOptimization.setSelection(options.selection() ? *options.selection() : mOptimization.sourceNames());
+        return std::nullopt;
+    }
+    void keep(ProjectSettings& s) const override
+    {
+        s.coalOptimization = mOptimization.parametersForOk(s.coalOptimization);
+    }
+    QJsonObject json() const override
+    {
+        if (!solved())
+            return failedJson(message());
+        QStringList names;
+        for (const CoalSource& c : mResult.coals)
+            names << c.name;
+        return solvedJson("coal", names, mResult.outcome, mResult.mix.tonnage, CoalProperties::names(),
+                          {mResult.mix.properties.begin(), mResult.mix.properties.end()});
+    }
+    SourceUpdate::Blend blend(std::size_t) const override { return CoalOptimization::blendOf(mResult); }
+    std::vector<SourceUpdate::Take> takes() const override { return CoalOptimization::takesOf(mResult); }
 };
 
 template <typename K> std::function<std::unique_ptr<OptimizeKind>(CliProject&)> maker()
@@ -307,6 +345,14 @@ const std::vector<OptimizeKind::Entry>& OptimizeKind::entries()
          {{QStringLiteral("--store-clinker"), Table::Clinker},
           {QStringLiteral("--store-crude"), Table::Crude}},
          maker<ClinkerKind>()},
+        {QStringLiteral("coal"),
+         QStringLiteral(
+             "  optimize coal PROJECT.knv [SETTINGS] [COMMON] [--store NAME]\n"
+             "                                      a coal mix, of every coal unless --select names some\n"),
+         {},
+         {{QStringLiteral("--store"), Table::Coal}},
+         maker<CoalKind>(),
+         false},
     };
     return kinds;
 }

@@ -144,7 +144,7 @@ bool OptimizeOptions::applyTo(OptimizationSettings& settings)
         settings.setModeChoice(position);
     }
     if (mElement) {
-        const std::optional<int> e = elementFromName(mElement->toStdString());
+        const std::optional<int> e = settings.propertyOfName(*mElement);
         if (!e || *e >= settings.optimisableCount())
             return fail(
                 QStringLiteral("--element \"%1\" is not an element that can be optimised").arg(*mElement));
@@ -156,7 +156,7 @@ bool OptimizeOptions::applyTo(OptimizationSettings& settings)
         settings.setRequestedTonnage(*mTonnage);
     if (mConstraints &&
         !applyLimits(
-            QStringLiteral("--constraint"), *mConstraints,
+            QStringLiteral("--constraint"), *mConstraints, settings,
             [&settings] {
                 while (!settings.constraintElements().empty())
                     settings.removeConstraint(0);
@@ -167,7 +167,7 @@ bool OptimizeOptions::applyTo(OptimizationSettings& settings)
 }
 
 bool OptimizeOptions::applyLimits(const QString& option, const QStringList& texts,
-                                  const std::function<void()>& clear,
+                                  const OptimizationSettings& names, const std::function<void()>& clear,
                                   const std::function<std::optional<QString>(int, double, double)>& add)
 {
     clear();
@@ -175,7 +175,7 @@ bool OptimizeOptions::applyLimits(const QString& option, const QStringList& text
         const std::optional<Limit> limit = parseLimit(text);
         if (!limit)
             return fail(QStringLiteral("%1 \"%2\" is not \"MIN <= ELEMENT <= MAX\"").arg(option, text));
-        const std::optional<int> e = elementFromName(limit->name.toStdString());
+        const std::optional<int> e = names.propertyOfName(limit->name);
         if (!e)
             return fail(QStringLiteral("%1 \"%2\": \"%3\" is not an element").arg(option, text, limit->name));
         if (const std::optional<QString> refusal = add(*e, limit->minimum, limit->maximum))

@@ -38,10 +38,11 @@ public:
     /// which option and why.
     bool applyTo(OptimizationSettings& settings);
     const QString& problem() const { return mProblem; }
-    /// Replaces a list of limits by those given with `option`, each "MIN <= ELEMENT <= MAX", through
-    /// `clear` and `add` (the list's own rules). False when one is malformed or refused; problem()
-    /// says which and why.
-    bool applyLimits(const QString& option, const QStringList& texts, const std::function<void()>& clear,
+    /// Replaces a list of limits by those given with `option`, each "MIN <= PROPERTY <= MAX" (a
+    /// property as `names` calls it), through `clear` and `add` (the list's own rules). False when one
+    /// is malformed or refused; problem() says which and why.
+    bool applyLimits(const QString& option, const QStringList& texts, const OptimizationSettings& names,
+                     const std::function<void()>& clear,
                      const std::function<std::optional<QString>(int, double, double)>& add);
 
     bool json() const { return mJson; }

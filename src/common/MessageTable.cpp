@@ -76,6 +76,15 @@ const QHash<int, QString>& table()
                         "has no tonnes left or lies outside the coordinate filter.")},
         {30805, QStringLiteral("Enter a target tonnage greater than 0, then combine again.")},
 
+        {30600, QStringLiteral("Enter a name for this coal")},
+        {30601,
+         QStringLiteral("Error, a constraint or the element to optimize is applied to the ash analysis, "
+                        "which coal %1 cannot weigh: its Ash is %2, optimization is aborted")},
+        {30602,
+         QStringLiteral("The requested tonnage, %1 t, is more than the chosen coals hold, %2 t. Choose "
+                        "more coals or ask for less.")},
+        {30603, QStringLiteral("The Coal table has no backup: subtracted quantities cannot be restored.")},
+
         {31900,
          QStringLiteral("Coal alone makes no clinker: choose at least one crude, stockpile or additive as "
                         "well.")},

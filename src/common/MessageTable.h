@@ -55,6 +55,13 @@ enum class Msg : int {
     BlastNotInSourceList = 30804,
     CombinationTonnageMissing = 30805,
 
+    // Coal optimisation (30600-30699).
+    CoalNamePrompt = 30600,
+    CoalWithoutAsh,
+    CoalTonnageNotAvailable,
+    CoalChangeCannotBeRestored,
+    // A coal gone before the run is SourceRecordGone.
+
     // Clinker optimisation (31900-31999).
     ClinkerCoalAlone = 31900,
     ClinkerTonnageNeeded,

@@ -20,7 +20,7 @@ namespace kilnova {
 
 const QStringList& BlastOptimization::modeChoices()
 {
-    return standardModeChoices();
+    return modeChoiceNames();
 }
 
 BlastOptimization::BlastOptimization(ProjectDatabase& db, const COptimizationParameters& p)

@@ -5,25 +5,81 @@
 
 #include <QString>
 
-#include <array>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace kilnova {
 
-/// How a tonne of one source enters the product, per element: the weight of its value (the share of
-/// the element that reaches the product, φ), the weight of a bound in the element's rows (the
-/// product tonnes the source makes, y) and the weight of its value in the objective. A blast, a
-/// stockpile or a coal counted by the tonne has every weight 1; clinker supplies its conversion.
+/// Which properties the values of a problem hold: how many, and where the three ratios and the
+/// oxides they are built on lie. The 22 elements unless a kind has its own list (a coal's 25
+/// properties: heat, ash and the other fuel values before the analysis of its ash).
+struct PropertyLayout {
+    int count = kElementCount;
+    int SiO2 = elementIndex(Element::SiO2);
+    int Al2O3 = elementIndex(Element::Al2O3);
+    int Fe2O3 = elementIndex(Element::Fe2O3);
+    int CaO = elementIndex(Element::CaO);
+    int MS = elementIndex(Element::MS);
+    int MA = elementIndex(Element::MA);
+    int LSF = elementIndex(Element::LSF);
+    /// Outside Target mode the objective on a ratio is its numerator oxide. Off: the oxide as it
+    /// stands (the clinker's ratio objectives are not weighted by yield). On: times the oxide's value
+    /// weight, as every other objective is (a coal's ash analysis counts by tonnes of ash).
+    bool weightedRatioObjective = false;
+};
+
+/// The values of one source, one per property of its problem, in property order; -1 is missing.
+class PropertyValues final {
+public:
+    PropertyValues() = default;
+    /// The 22 elements of an analysis (implicit: most kinds hold their sources' analyses).
+    PropertyValues(const Analysis& analysis)
+        : mValues(analysis.begin(), analysis.end())
+    {
+    }
+    explicit PropertyValues(std::vector<float> values)
+        : mValues(std::move(values))
+    {
+    }
+
+    std::size_t size() const { return mValues.size(); }
+    float operator[](std::size_t property) const { return mValues[property]; }
+    float& operator[](std::size_t property) { return mValues[property]; }
+    /// The first 22 values as an analysis (-1 beyond the values held): what a source's record held.
+    Analysis analysis() const
+    {
+        Analysis a = missingAnalysis();
+        for (std::size_t k = 0; k < a.size() && k < mValues.size(); ++k)
+            a[k] = mValues[k];
+        return a;
+    }
+    /// The value, or -1 for a property beyond the values held.
+    float at(int property) const
+    {
+        return property >= 0 && static_cast<std::size_t>(property) < mValues.size()
+                   ? mValues[static_cast<std::size_t>(property)]
+                   : static_cast<float>(kMissing);
+    }
+
+private:
+    std::vector<float> mValues;
+};
+
+/// How a tonne of one source enters the product, per property: the weight of its value (the share of
+/// the property that reaches the product, φ), the weight of a bound in the property's rows (the
+/// product tonnes the source makes, y) and the weight of its value in the objective. A blast or a
+/// stockpile has every weight 1; clinker supplies its conversion, a coal the ash behind its ash
+/// analysis.
 struct SourceWeights {
-    std::array<double, kElementCount> value;
-    std::array<double, kElementCount> bound;
-    std::array<double, kElementCount> objective;
+    std::vector<double> value;
+    std::vector<double> bound;
+    std::vector<double> objective;
 
     /// Every weight 1: the source is the product, tonne for tonne.
-    static SourceWeights unit();
-    /// value φ_k, bound y, objective y·φ_k.
-    static SourceWeights conversion(double yield, const std::array<double, kElementCount>& factor);
+    static SourceWeights unit(int count = kElementCount);
+    /// value φ_k, bound y, objective y·φ_k, for as many properties as there are factors.
+    static SourceWeights conversion(double yield, std::span<const double> factor);
 };
 
 /// One source as the shared model sees it.
@@ -31,14 +87,18 @@ struct ModelSource {
     QString name;
     /// The upper row x ≤ available; none for a source bought as needed. -1 is a missing tonnage.
     std::optional<double> available;
-    Analysis values = missingAnalysis();
+    PropertyValues values = missingAnalysis();
     SourceWeights weights = SourceWeights::unit();
     /// A kind's reason why this source cannot be used, given when the value checks first meet the
     /// source with its values present (the clinker's missing LOI).
     std::optional<QString> refusal;
+    /// A kind's reasons why this source cannot be used in the rows of particular properties, by
+    /// property, given right after that property's value check (a coal without ash in the rows of
+    /// its ash analysis); shorter than the property list, or empty, where there are none.
+    std::vector<std::optional<QString>> propertyRefusals = {};
 };
 
-/// Limits on one element of the product: a pair of rows.
+/// Limits on one property of the product: a pair of rows.
 struct ElementBound {
     int element = 0;
     double minimum = 0.0;
@@ -46,8 +106,8 @@ struct ElementBound {
 };
 
 /// Everything the shared builder needs for the two programmes of one optimisation. Each kind fills
-/// it: the sources with their weights, the objective, the element bounds, the product tonnage row and
-/// its own rows.
+/// it: the sources with their weights, the objective, the property bounds, the product tonnage row
+/// and its own rows.
 ///
 /// The programmes, rows in this order (all right-hand sides 0 unless said):
 ///   - for each bound, in the order given: Σ row(k, maximum)·x ≤ 0, then Σ row(k, minimum)·x ≥ 0,
@@ -69,19 +129,21 @@ struct ElementBound {
 ///   - the kind's rows, in its order;
 ///   - empty equalities (0 = 0) up to declaredRows, when the kind declares more rows than it builds.
 /// Objective: in Target mode row(element, target); otherwise v·objective + offset, or for MS, MA and
-/// LSF the ratio's numerator (SiO2, Al2O3, LSFCaO·CaO) as it stands.
+/// LSF the ratio's numerator (SiO2, Al2O3, LSFCaO·CaO), weighted as layout says.
 /// Sense: programme 1 minimises and programme 2 maximises in Target mode; otherwise the mode (2,
 /// Maximize Tonnage, solves as a maximisation).
 /// Initialize receives declaredRows (or the number of rows built) and the kinds of those rows: a
 /// row built beyond declaredRows is not stored (blast Maximize Tonnage drops its tonnage row so).
 struct BlendProblem {
+    PropertyLayout layout;
     std::vector<ModelSource> sources;
     int mode = 1; ///< -1 Minimize, 1 Maximize, 0 Target, 2 Maximize Tonnage
     int element = 0;
     double target = 0.0;
     std::vector<ElementBound> bounds;
-    /// Added to a bound on the product side of an element's rows (the free-lime term of the phases).
-    std::array<double, kElementCount> boundOffset{};
+    /// Added to a bound on the product side of a property's rows (the free-lime term of the phases);
+    /// a property beyond its length has none.
+    std::vector<double> boundOffset = std::vector<double>(kElementCount, 0.0);
     /// Weights of the product tonnage row, one per source; empty for 1 each.
     std::vector<double> tonnageWeights;
     double tonnage = 0.0;
@@ -92,6 +154,13 @@ struct BlendProblem {
     /// The kind's own rows, after the tonnage row; their role is KindRow.
     std::vector<LinearProgramme::Row> kindRows;
     std::optional<int> declaredRows;
+
+    double offsetOf(int property) const
+    {
+        return property >= 0 && static_cast<std::size_t>(property) < boundOffset.size()
+                   ? boundOffset[static_cast<std::size_t>(property)]
+                   : 0.0;
+    }
 };
 
 } // namespace kilnova

@@ -3,6 +3,8 @@
 #include "chemistry/ChemistryFunctions.h"
 #include "optimise/OptimizationModel.h"
 
+#include <algorithm>
+
 namespace kilnova {
 
 BlendSummary BlendSummary::of(const OptimizationRequest& request, const OptimizationOutcome& outcome,
@@ -20,36 +22,44 @@ BlendSummary BlendSummary::of(const OptimizationRequest& request, const Optimiza
 BlendSummary BlendSummary::of(const std::vector<const Analysis*>& analyses, const std::vector<double>& tonnes,
                               const ChemEquationCoefficients& c)
 {
+    std::vector<std::vector<double>> values;
+    for (const Analysis* a : analyses)
+        values.emplace_back(a->begin(), a->end());
     BlendSummary blend;
-    for (std::size_t j = 0; j < analyses.size() && j < tonnes.size(); ++j) {
+    const std::vector<double> means = weightedMeans(values, tonnes, blend.tonnage);
+    if (blend.tonnage == 0.0)
+        return blend;
+    // Cl is averaged too, so that a stored blend holds a percentage (the blast report does not print it).
+    std::copy(means.begin(), means.end(), blend.values.begin());
+    deriveFromOxides(blend.values, c, 0.0);
+    return blend;
+}
+
+std::vector<double> BlendSummary::weightedMeans(const std::vector<std::vector<double>>& values,
+                                                const std::vector<double>& tonnes, double& total)
+{
+    total = 0.0;
+    std::vector<double> sums(values.empty() ? 0 : values.front().size(), 0.0);
+    for (std::size_t j = 0; j < values.size() && j < tonnes.size(); ++j) {
         const double x = tonnes[j];
         if (x == 0.0)
             continue;
-        blend.tonnage += x;
-        for (std::size_t k = 0; k < kElementCount; ++k) {
-            const double v = static_cast<double>((*analyses[j])[k]);
-            if (blend.values[k] == kMissing || v == kMissing)
-                blend.values[k] = kMissing;
+        total += x;
+        for (std::size_t k = 0; k < sums.size() && k < values[j].size(); ++k) {
+            const double v = values[j][k];
+            if (sums[k] == kMissing || v == kMissing)
+                sums[k] = kMissing;
             else
-                blend.values[k] += v * x;
+                sums[k] += v * x;
         }
     }
-    if (blend.tonnage == 0.0)
-        return blend;
-
-    auto& v = blend.values;
-    for (int k = elementIndex(Element::Titration); k <= elementIndex(Element::P2O5); ++k) {
-        if (v[static_cast<std::size_t>(k)] != kMissing)
-            v[static_cast<std::size_t>(k)] /= blend.tonnage;
+    if (total == 0.0)
+        return sums;
+    for (double& sum : sums) {
+        if (sum != kMissing)
+            sum /= total;
     }
-    // Cl is averaged too, so that a stored blend holds a percentage (the blast report does not print it).
-    for (Element e : {Element::CostFactor, Element::Cl}) {
-        double& value = v[static_cast<std::size_t>(elementIndex(e))];
-        if (value != kMissing)
-            value /= blend.tonnage;
-    }
-    deriveFromOxides(v, c, 0.0);
-    return blend;
+    return sums;
 }
 
 void BlendSummary::deriveFromOxides(std::array<double, kElementCount>& v, const ChemEquationCoefficients& c,

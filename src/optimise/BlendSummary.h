@@ -25,6 +25,12 @@ struct BlendSummary {
     static BlendSummary of(const std::vector<const Analysis*>& analyses, const std::vector<double>& tonnes,
                            const ChemEquationCoefficients& coefficients);
 
+    /// Tonne-weighted means of any per-source values (one list per source, all of one length): a
+    /// source of 0 tonnes is not taken, and a value that any source taken lacks (-1) stays missing.
+    /// `total` receives the tonnes taken. Without any tonnes taken every mean is 0.
+    static std::vector<double> weightedMeans(const std::vector<std::vector<double>>& values,
+                                             const std::vector<double>& tonnes, double& total);
+
     /// Sets MS, MA, LSF, C3S, C2S, C3A, NaEq and C4AF from the oxides of `values` (each -1 where an
     /// oxide it needs is missing).
     static void deriveFromOxides(std::array<double, kElementCount>& values,

@@ -17,12 +17,11 @@ class ArchiveWriter;
 /// (double); 25 entries, each minimum (double), maximum (double), text (string), flag (int).
 class CCoalOptParameters final {
 public:
-    /// The coal optimisation constrains more quantities than the 22 elements; which quantity each
-    /// entry stands for is kept by the coal optimisation.
+    /// One entry per coal property (BTU, Ash, … in the order of CoalProperties).
     static constexpr int kEntryCount = 25;
 
-    qint32 mode = 1; ///< as in COptimizationParameters
-    QString optimizedElement = QStringLiteral("Titration");
+    qint32 mode = 1;                                  ///< as in COptimizationParameters
+    QString optimizedElement = QStringLiteral("BTU"); ///< a coal property's name
     double target = 0.0;
     double requestedTonnage = 0.0;
     std::array<ConstraintEntry, kEntryCount> constraints{};

@@ -6,20 +6,20 @@
 
 #include <QDir>
 
+#include <algorithm>
 #include <cmath>
 
 namespace kilnova {
 
 namespace {
 
-double at(const Analysis& values, Element e)
+/// A property beyond the weights a source was given counts tonne for tonne.
+double weightAt(const std::vector<double>& weights, int property)
 {
-    return static_cast<double>(values[static_cast<std::size_t>(e)]);
+    return property >= 0 && static_cast<std::size_t>(property) < weights.size()
+               ? weights[static_cast<std::size_t>(property)]
+               : 1.0;
 }
-
-constexpr int kMS = elementIndex(Element::MS);
-constexpr int kMA = elementIndex(Element::MA);
-constexpr int kLSF = elementIndex(Element::LSF);
 
 } // namespace
 
@@ -36,22 +36,19 @@ double OptimizationOutcome::total() const
     return sum;
 }
 
-SourceWeights SourceWeights::unit()
+SourceWeights SourceWeights::unit(int count)
 {
-    SourceWeights w;
-    w.value.fill(1.0);
-    w.bound.fill(1.0);
-    w.objective.fill(1.0);
-    return w;
+    const std::size_t n = static_cast<std::size_t>(std::max(count, 0));
+    return {std::vector<double>(n, 1.0), std::vector<double>(n, 1.0), std::vector<double>(n, 1.0)};
 }
 
-SourceWeights SourceWeights::conversion(double yield, const std::array<double, kElementCount>& factor)
+SourceWeights SourceWeights::conversion(double yield, std::span<const double> factor)
 {
     SourceWeights w;
-    w.value = factor;
-    w.bound.fill(yield);
-    for (std::size_t k = 0; k < kElementCount; ++k)
-        w.objective[k] = yield * factor[k];
+    w.value.assign(factor.begin(), factor.end());
+    w.bound.assign(factor.size(), yield);
+    for (double phi : factor)
+        w.objective.push_back(yield * phi);
     return w;
 }
 
@@ -64,7 +61,7 @@ BlendProblem OptimizationModel::problemOf(const OptimizationRequest& r)
 {
     BlendProblem p;
     for (const SourceRecord& s : r.sources)
-        p.sources.push_back({s.name, s.tonnage, s.values, SourceWeights::unit(), std::nullopt});
+        p.sources.push_back({s.name, s.tonnage, s.values, SourceWeights::unit(), std::nullopt, {}});
     p.mode = r.mode;
     p.element = r.element;
     p.target = r.target;
@@ -74,72 +71,78 @@ BlendProblem OptimizationModel::problemOf(const OptimizationRequest& r)
         if (c.isActive())
             p.bounds.push_back({k, c.minimum, c.maximum});
     }
-    const int K = static_cast<int>(p.bounds.size() + p.sources.size());
-    p.declaredRows = r.mode == 0 ? 2 * K + 2 : r.mode == 2 ? 2 * K : 2 * K + 1;
+    p.declaredRows = blendRowCount(r.mode, p.bounds.size(), p.sources.size());
     return p;
 }
 
-float OptimizationModel::rowCoefficient(const ModelSource& s, int element, double bound, double offset) const
+int OptimizationModel::blendRowCount(int mode, std::size_t bounds, std::size_t sources)
+{
+    const int K = static_cast<int>(bounds + sources);
+    return mode == 0 ? 2 * K + 2 : mode == 2 ? 2 * K : 2 * K + 1;
+}
+
+float OptimizationModel::rowCoefficient(const ModelSource& s, int element, double bound, double offset,
+                                        const PropertyLayout& layout) const
 {
     const auto& c = mCoefficients;
-    // Each oxide of a ratio with its own value weight (a clinker's retention, a coal's ash share).
-    auto oxide = [&s](Element e) {
-        const std::size_t k = static_cast<std::size_t>(elementIndex(e));
-        return static_cast<double>(s.values[k]) * s.weights.value[k];
+    // Each oxide of a ratio with its own value weight (a clinker's retention, a coal's ash).
+    auto oxide = [&s](int property) {
+        return static_cast<double>(s.values.at(property)) * weightAt(s.weights.value, property);
     };
-    switch (element) {
-    case kMS:
-        return static_cast<float>(oxide(Element::SiO2) - bound * oxide(Element::Al2O3) -
-                                  bound * oxide(Element::Fe2O3));
-    case kMA:
-        return static_cast<float>(oxide(Element::Al2O3) - bound * oxide(Element::Fe2O3));
-    case kLSF:
-        return static_cast<float>(static_cast<double>(c.LSFCaO) * oxide(Element::CaO) -
-                                  (static_cast<double>(c.LSFFe2O3) * oxide(Element::Fe2O3) +
-                                   static_cast<double>(c.LSFAl2O3) * oxide(Element::Al2O3) +
-                                   static_cast<double>(c.LSFSiO2) * oxide(Element::SiO2)) *
+    if (element == layout.MS)
+        return static_cast<float>(oxide(layout.SiO2) - bound * oxide(layout.Al2O3) -
+                                  bound * oxide(layout.Fe2O3));
+    if (element == layout.MA)
+        return static_cast<float>(oxide(layout.Al2O3) - bound * oxide(layout.Fe2O3));
+    if (element == layout.LSF)
+        return static_cast<float>(static_cast<double>(c.LSFCaO) * oxide(layout.CaO) -
+                                  (static_cast<double>(c.LSFFe2O3) * oxide(layout.Fe2O3) +
+                                   static_cast<double>(c.LSFAl2O3) * oxide(layout.Al2O3) +
+                                   static_cast<double>(c.LSFSiO2) * oxide(layout.SiO2)) *
                                       bound);
-    default: {
-        const std::size_t k = static_cast<std::size_t>(element);
-        return static_cast<float>(static_cast<double>(s.values[k]) * s.weights.value[k] -
-                                  (offset + bound) * s.weights.bound[k]);
-    }
-    }
+    return static_cast<float>(static_cast<double>(s.values.at(element)) * weightAt(s.weights.value, element) -
+                              (offset + bound) * weightAt(s.weights.bound, element));
 }
 
-float OptimizationModel::rowCoefficient(const Analysis& values, int element, double bound) const
+float OptimizationModel::rowCoefficient(const PropertyValues& values, int element, double bound,
+                                        const PropertyLayout& layout) const
 {
-    return rowCoefficient(ModelSource{{}, {}, values, SourceWeights::unit(), {}}, element, bound);
+    return rowCoefficient(ModelSource{{}, {}, values, SourceWeights::unit(layout.count), {}, {}}, element,
+                          bound, 0.0, layout);
 }
 
-float OptimizationModel::objectiveCoefficient(const ModelSource& s, int element, double offset) const
+float OptimizationModel::objectiveCoefficient(const ModelSource& s, int element, double offset,
+                                              const PropertyLayout& layout) const
 {
-    const Analysis& v = s.values;
-    switch (element) {
-    case kMS:
-        return v[static_cast<std::size_t>(elementIndex(Element::SiO2))];
-    case kMA:
-        return v[static_cast<std::size_t>(elementIndex(Element::Al2O3))];
-    case kLSF:
-        return static_cast<float>(static_cast<double>(mCoefficients.LSFCaO) * at(v, Element::CaO));
-    default: {
-        const std::size_t k = static_cast<std::size_t>(element);
-        return static_cast<float>(static_cast<double>(v[k]) * s.weights.objective[k] + offset);
-    }
-    }
+    // A ratio's numerator, weighted or as it stands.
+    auto numerator = [&](int oxide, double coefficient) {
+        const double weight = layout.weightedRatioObjective ? weightAt(s.weights.value, oxide) : 1.0;
+        return static_cast<float>(coefficient * static_cast<double>(s.values.at(oxide)) * weight);
+    };
+    if (element == layout.MS)
+        return numerator(layout.SiO2, 1.0);
+    if (element == layout.MA)
+        return numerator(layout.Al2O3, 1.0);
+    if (element == layout.LSF)
+        return numerator(layout.CaO, static_cast<double>(mCoefficients.LSFCaO));
+    return static_cast<float>(
+        static_cast<double>(s.values.at(element)) * weightAt(s.weights.objective, element) + offset);
 }
 
 float OptimizationModel::objectiveCoefficient(const Analysis& values, int element) const
 {
-    return objectiveCoefficient(ModelSource{{}, {}, values, SourceWeights::unit(), {}}, element);
+    return objectiveCoefficient(ModelSource{{}, {}, values, SourceWeights::unit(), {}, {}}, element);
 }
 
 std::optional<QString> OptimizationModel::refusal(const BlendProblem& p) const
 {
     auto check = [&p](int element) -> std::optional<QString> {
         for (const ModelSource& s : p.sources) {
-            if (s.values[static_cast<std::size_t>(element)] == -1.0f)
+            if (s.values.at(element) == -1.0f)
                 return message(Msg::MissingValueInSource, {s.name});
+            const std::size_t k = static_cast<std::size_t>(element);
+            if (k < s.propertyRefusals.size() && s.propertyRefusals[k])
+                return s.propertyRefusals[k];
             if (s.refusal)
                 return s.refusal;
         }
@@ -179,9 +182,9 @@ LinearProgramme OptimizationModel::build(const BlendProblem& p, int programme) c
     auto elementRow = [&](int element, double bound) {
         std::vector<double> coefficients;
         coefficients.reserve(n);
-        const double offset = p.boundOffset[static_cast<std::size_t>(element)];
+        const double offset = p.offsetOf(element);
         for (const ModelSource& s : p.sources)
-            coefficients.push_back(static_cast<double>(rowCoefficient(s, element, bound, offset)));
+            coefficients.push_back(static_cast<double>(rowCoefficient(s, element, bound, offset, p.layout)));
         return coefficients;
     };
 
@@ -217,7 +220,7 @@ LinearProgramme OptimizationModel::build(const BlendProblem& p, int programme) c
             const ModelSource& s = p.sources[j];
             if (!s.available)
                 continue;
-            coefficients[j] = static_cast<double>(rowCoefficient(s.values, element, bound));
+            coefficients[j] = static_cast<double>(rowCoefficient(s.values, element, bound, p.layout));
             rhs += coefficients[j] * *s.available;
         }
         addRow(std::move(coefficients), rhs, kind, role, element);
@@ -249,10 +252,10 @@ LinearProgramme OptimizationModel::build(const BlendProblem& p, int programme) c
         }
     }
 
-    const double offset = p.boundOffset[static_cast<std::size_t>(p.element)];
+    const double offset = p.offsetOf(p.element);
     for (const ModelSource& s : p.sources) {
-        const float c = p.mode == 0 ? rowCoefficient(s, p.element, p.target, offset)
-                                    : objectiveCoefficient(s, p.element, offset);
+        const float c = p.mode == 0 ? rowCoefficient(s, p.element, p.target, offset, p.layout)
+                                    : objectiveCoefficient(s, p.element, offset, p.layout);
         lp.objective.push_back(static_cast<double>(c));
     }
     return lp;

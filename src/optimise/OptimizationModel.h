@@ -55,12 +55,16 @@ public:
     /// element order, the tonnage row over every source, and 2K + 2, 2K + 1 or 2K rows declared
     /// (Target, Minimize or Maximize, Maximize Tonnage; K = constraints + sources).
     static BlendProblem problemOf(const OptimizationRequest& request);
+    /// The rows a blend counted tonne for tonne declares (blasts, coals): 2K + 2 in Target mode,
+    /// 2K in Maximize Tonnage mode (which leaves the tonnage row out so), otherwise 2K + 1, where
+    /// K = bounds + sources.
+    static int blendRowCount(int mode, std::size_t bounds, std::size_t sources);
 
     /// The message that stops a run before anything is built, or nothing: walking the rows that need
     /// values (each bound in turn, then the optimised element) and within each the sources in order,
     /// the first source lacking the element gives "...Problem first found in source NAME", the first
-    /// carrying a refusal gives that; then a source whose tonnage is missing; then each remainder
-    /// bound over the sources with a tonnage.
+    /// refusing that property, or carrying a refusal, gives that; then a source whose tonnage is
+    /// missing; then each remainder bound over the sources with a tonnage.
     std::optional<QString> refusal(const BlendProblem& problem) const;
 
     /// Programme 1 or 2.
@@ -80,14 +84,18 @@ public:
         return run(problemOf(request), beforeSolve);
     }
 
-    /// The coefficient of a source in a row on `element` with bound `bound` (BlendProblem.h gives
-    /// the form), single precision.
-    float rowCoefficient(const ModelSource& source, int element, double bound, double offset = 0.0) const;
+    /// The coefficient of a source in a row on property `element` with bound `bound` (BlendProblem.h
+    /// gives the form), single precision. A property beyond the source's weights counts tonne for
+    /// tonne.
+    float rowCoefficient(const ModelSource& source, int element, double bound, double offset = 0.0,
+                         const PropertyLayout& layout = {}) const;
     /// The same for a source counted tonne for tonne.
-    float rowCoefficient(const Analysis& values, int element, double bound) const;
+    float rowCoefficient(const PropertyValues& values, int element, double bound,
+                         const PropertyLayout& layout = {}) const;
     /// The objective coefficient outside Target mode: the weighted value plus the offset, or a
     /// modulus' numerator.
-    float objectiveCoefficient(const ModelSource& source, int element, double offset = 0.0) const;
+    float objectiveCoefficient(const ModelSource& source, int element, double offset = 0.0,
+                               const PropertyLayout& layout = {}) const;
     float objectiveCoefficient(const Analysis& values, int element) const;
 
     /// Which programme's solution is taken (1 or 2), or 0 when neither solved: both optimal takes, in

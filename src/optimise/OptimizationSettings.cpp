@@ -10,6 +10,12 @@
 
 namespace kilnova {
 
+const QStringList& OptimizationSettings::modeChoiceNames()
+{
+    static const QStringList choices = {"Minimize", "Maximize", "Target", "Maximize Tonnage"};
+    return choices;
+}
+
 int OptimizationSettings::modeOfChoice(int position)
 {
     switch (position) {
@@ -38,12 +44,6 @@ int OptimizationSettings::choiceOfMode(int mode)
     default:
         return -1;
     }
-}
-
-const QStringList& OptimizationSettings::standardModeChoices()
-{
-    static const QStringList choices = {"Minimize", "Maximize", "Target", "Maximize Tonnage"};
-    return choices;
 }
 
 QStringList OptimizationSettings::inListOrder(QStringList names)
@@ -75,9 +75,14 @@ OptimizationSettings::OptimizationSettings(QStringList modeChoices, QStringList 
 {
 }
 
-int OptimizationSettings::elementOfName(const QString& name)
+std::optional<int> OptimizationSettings::propertyOfName(const QString& name) const
 {
-    return elementFromName(name.toStdString()).value_or(0);
+    const QStringList& names = propertyNames();
+    for (qsizetype k = 0; k < names.size(); ++k) {
+        if (names[k] == name || QString(names[k]).remove(u' ') == name)
+            return static_cast<int>(k);
+    }
+    return std::nullopt;
 }
 
 void OptimizationSettings::loadSettings(int mode, int element, double target, double requestedTonnage,

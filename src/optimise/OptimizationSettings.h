@@ -18,12 +18,12 @@ namespace kilnova {
 /// so the dialogs, the command line and the tests share one copy of these rules.
 class OptimizationSettings {
 public:
+    /// The choices of "Optimize:", in their order: Minimize, Maximize, Target, Maximize Tonnage.
+    static const QStringList& modeChoiceNames();
     /// Mode value of a choice position: Minimize -1, Maximize 1, Target 0, Maximize Tonnage 2; no
     /// choice (-1) gives -1.
     static int modeOfChoice(int position);
     static int choiceOfMode(int mode);
-    /// "Minimize", "Maximize", "Target", "Maximize Tonnage": the choices of a kind that offers them all.
-    static const QStringList& standardModeChoices();
     /// Names in the order a source list shows them (by name, as the database sorts), whoever passes
     /// them: the blend can depend on the order of the sources when several are equally good.
     static QStringList inListOrder(QStringList names);
@@ -40,6 +40,11 @@ public:
     const QStringList& modeChoiceList() const { return mModeChoices; }
     /// How many properties, from the first, can be optimised (the element choice's length).
     int optimisableCount() const { return mOptimisable; }
+    /// The names the constraint list offers, in property order.
+    const QStringList& propertyNames() const { return mConstraints.names(); }
+    /// The property of a name as the lists show it, or as its column is called ("Cost Factor" or
+    /// "CostFactor"); nothing for a name that is neither.
+    std::optional<int> propertyOfName(const QString& name) const;
     int modeChoice() const { return mModeChoice; }
     void setModeChoice(int position) { mModeChoice = position; }
     int mode() const { return modeOfChoice(mModeChoice); }
@@ -70,8 +75,8 @@ protected:
     /// the settings keep one (ConstraintList::assign).
     void loadSettings(int mode, int element, double target, double requestedTonnage,
                       const std::vector<ConstraintEntry>& constraints, const std::vector<int>& order = {});
-    /// The element index of a stored name ("Cost Factor" or "CostFactor"); the first for an unknown one.
-    static int elementOfName(const QString& name);
+    /// The property of a stored name ("Cost Factor" or "CostFactor"); the first for an unknown one.
+    int elementOfName(const QString& name) const { return propertyOfName(name).value_or(0); }
 
 private:
     std::optional<int> targeted() const;

@@ -60,6 +60,8 @@ StoreSummary SourceUpdate::store(ProjectDatabase& db, const std::vector<Blend>& 
         for (std::size_t k = 0; k < kElementCount; ++k)
             analysis[k] = static_cast<float>(blend.values[k]);
         record.setAnalysis(analysis);
+        for (const auto& [column, value] : blend.columns)
+            record.setValue(column, value);
         RecordTable(db, blend.table).add(record);
     }
 
@@ -134,7 +136,7 @@ bool SourceUpdate::askName(ProjectDatabase& db, UserPrompt& ui, const QString& p
 }
 
 bool SourceUpdate::storeAsking(ProjectDatabase& db, UserPrompt& ui, std::vector<Named> records,
-                               const std::vector<Take>& takes)
+                               const std::vector<Take>& takes, const std::optional<QString>& subtractQuestion)
 {
     std::vector<Blend> blends;
     for (Named& record : records) {
@@ -142,7 +144,7 @@ bool SourceUpdate::storeAsking(ProjectDatabase& db, UserPrompt& ui, std::vector<
             return false;
         blends.push_back(record.blend);
     }
-    const bool subtract = ui.askYesNo(message(Msg::SubtractQuantities));
+    const bool subtract = ui.askYesNo(subtractQuestion.value_or(message(Msg::SubtractQuantities)));
     if (const std::optional<QString> gone = db.missingFileMessage()) {
         ui.showMessage(*gone, UserPrompt::Icon::Error);
         return false;

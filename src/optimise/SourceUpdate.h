@@ -6,6 +6,7 @@
 
 #include <array>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace kilnova {
@@ -22,7 +23,10 @@ public:
         Table table; ///< where the new record goes (Stockpile for blasts, Crude, Clinker, Coal)
         QString name;
         double tonnage = 0.0;
+        /// The analysis columns the table has take these; the others are ignored.
         std::array<double, kElementCount> values{};
+        /// Further columns by name, set after the analysis (a coal's BTU, Ash, Humidity, ...).
+        std::vector<std::pair<QString, double>> columns = {};
         /// What to do when the table holds the name already.
         DuplicateNamePolicy::Choice onDuplicate = DuplicateNamePolicy::Choice::Refuse;
     };
@@ -71,15 +75,17 @@ public:
     /// blend's name and onDuplicate; false when the prompt was cancelled or the database failed (said).
     static bool askName(ProjectDatabase& db, UserPrompt& ui, const QString& prompt, Blend& blend);
 
-    /// The whole command: asks for each new record's name in turn, asks whether to subtract, stores,
-    /// and tells the user what was written or why not. Returns true when everything was stored; a
-    /// cancelled name prompt stores nothing.
+    /// The whole command: asks for each new record's name in turn, asks whether to subtract
+    /// (`subtractQuestion`, or the usual question), stores, and tells the user what was written or
+    /// why not. Returns true when everything was stored; a cancelled name prompt stores nothing.
     static bool storeAsking(ProjectDatabase& db, UserPrompt& ui, std::vector<Named> records,
-                            const std::vector<Take>& takes);
+                            const std::vector<Take>& takes,
+                            const std::optional<QString>& subtractQuestion = std::nullopt);
     static bool storeAsking(ProjectDatabase& db, UserPrompt& ui, const QString& namePrompt, Blend blend,
-                            const std::vector<Take>& takes)
+                            const std::vector<Take>& takes,
+                            const std::optional<QString>& subtractQuestion = std::nullopt)
     {
-        return storeAsking(db, ui, {Named{namePrompt, std::move(blend)}}, takes);
+        return storeAsking(db, ui, {Named{namePrompt, std::move(blend)}}, takes, subtractQuestion);
     }
 };
 

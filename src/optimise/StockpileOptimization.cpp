@@ -82,7 +82,7 @@ std::vector<ElementBound> boundsOf(const ConstraintList& list)
 
 StockpileOptimization::StockpileOptimization(ProjectDatabase& db, const CSTKOptParameters& p)
     // Cl can be constrained but not optimised.
-    : OptimizationSettings(standardModeChoices(), elementNames(), elementIndex(Element::Cl))
+    : OptimizationSettings(modeChoiceNames(), elementNames(), elementIndex(Element::Cl))
     , mDb(db)
     , mLeft(elementNames())
 {
@@ -258,8 +258,8 @@ std::vector<SourceUpdate::Take> StockpileOptimization::takesOf(const Result& res
     for (std::size_t j = 0; j < result.problem.sources.size() && j < result.keys.size(); ++j) {
         const ModelSource& read = result.problem.sources[j];
         if (read.available)
-            takes.push_back(
-                {Table::Stockpile, result.keys[j], result.outcome.tonnes(j), *read.available, read.values});
+            takes.push_back({Table::Stockpile, result.keys[j], result.outcome.tonnes(j), *read.available,
+                             read.values.analysis()});
     }
     return takes;
 }

@@ -13,9 +13,12 @@ namespace {
 BlendSummary summaryOf(const BlendProblem& problem, const std::vector<double>& tonnes,
                        const ChemEquationCoefficients& coefficients)
 {
-    std::vector<const Analysis*> analyses;
+    std::vector<Analysis> values;
     for (const ModelSource& s : problem.sources)
-        analyses.push_back(&s.values);
+        values.push_back(s.values.analysis());
+    std::vector<const Analysis*> analyses;
+    for (const Analysis& a : values)
+        analyses.push_back(&a);
     return BlendSummary::of(analyses, tonnes, coefficients);
 }
 

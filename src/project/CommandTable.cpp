@@ -104,7 +104,7 @@ const std::vector<CommandInfo>& CommandTable::commands()
          "Analyse combinations of two blasts",
          true,
          true},
-        {C::OptimizeCoal, {"Optimize", "Coal"}, "Optimize a blend of coals", true, false},
+        {C::OptimizeCoal, {"Optimize", "Coal"}, "Optimize a blend of coals", true, true},
     };
     return table;
 }

@@ -4,6 +4,7 @@
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
 #include "database/Transaction.h"
+#include "optimise/CoalProperties.h"
 #include "optimise/SOURCE.h"
 #include "project/DemoDataError.h"
 #include "project/ProjectFile.h"
@@ -152,61 +153,93 @@ std::vector<Record> records(const CsvFile& csv, Table table)
     return result;
 }
 
-int element(const CsvFile& csv, const CsvLine& line, int maxIndex)
-{
-    const std::optional<int> e = elementFromName(line.fields[1].toStdString());
-    if (!e || *e > maxIndex)
-        throw DemoDataError(QStringLiteral("%1 line %2: \"%3\" is not an element that can be used here.")
-                                .arg(csv.name)
-                                .arg(line.number)
-                                .arg(line.fields[1]));
-    return *e;
-}
-
-} // namespace
-
-namespace {
-
-/// The lines every optimisation's settings file has alike (Mode, Element, Target, Tonnage, Constraint),
-/// read into `common`; any other line goes to `other`, which returns false for a setting it does not know.
-struct CommonSettings {
-    qint32 mode = COptimizationParameters::kMaximize;
-    QString element = QStringLiteral("Titration");
-    double target = 0.0;
-    double tonnage = 0.0;
-    std::array<ConstraintEntry, kElementCount> constraints{};
-    std::vector<int> order; ///< the constrained elements in the file's order
-};
-
 using LineError = std::function<DemoDataError(const QString&)>;
 
-/// A "Setting,ELEMENT,MIN,MAX" line as an entry of `list`; a second limit on an element is refused.
-void readLimit(const CsvFile& csv, const CsvLine& line, const LineError& fail,
-               std::array<ConstraintEntry, kElementCount>& list, std::vector<int>& order)
-{
-    const int e = element(csv, line, kElementCount - 1);
-    const double minimum = number(csv, line, 2);
-    const double maximum = number(csv, line, 3);
-    ConstraintEntry& entry = list[static_cast<std::size_t>(e)];
-    if (entry.isActive())
-        throw fail(QStringLiteral("%1 is constrained twice.").arg(elementName(e)));
-    if (minimum > maximum)
-        throw fail(QStringLiteral("the minimum of %1 is above its maximum.").arg(elementName(e)));
-    entry = {minimum, maximum, ConstraintEntry::format(minimum, elementName(e), maximum), 1};
-    order.push_back(e);
-}
+/// The properties a kind's settings file names: shown names or column names ("Cost Factor",
+/// "CostFactor"), and how many of them, from the first, can be optimised.
+struct PropertyNames {
+    const QStringList& names;
+    int optimisable;
 
-CommonSettings readSettings(const CsvFile& csv,
-                            const std::function<bool(const CsvLine&, const LineError&)>& other)
+    /// The property `value` names among the first `count`.
+    int find(const QString& value, qsizetype count, const LineError& fail) const
+    {
+        for (qsizetype k = 0; k < count; ++k) {
+            if (names[k] == value || QString(names[k]).remove(u' ') == value)
+                return static_cast<int>(k);
+        }
+        throw fail(QStringLiteral("\"%1\" is not an element that can be used here.").arg(value));
+    }
+
+    /// A "Setting,PROPERTY,MIN,MAX" line into `list` and `order`; a second limit on a property is
+    /// refused.
+    void readLimit(const CsvFile& csv, const CsvLine& line, const LineError& fail,
+                   std::vector<ConstraintEntry>& list, std::vector<int>& order) const
+    {
+        const int k = find(line.fields[1], names.size(), fail);
+        const double minimum = number(csv, line, 2);
+        const double maximum = number(csv, line, 3);
+        list.resize(static_cast<std::size_t>(names.size()));
+        ConstraintEntry& entry = list[static_cast<std::size_t>(k)];
+        if (entry.isActive())
+            throw fail(QStringLiteral("%1 is constrained twice.").arg(names[k]));
+        if (minimum > maximum)
+            throw fail(QStringLiteral("the minimum of %1 is above its maximum.").arg(names[k]));
+        entry = {minimum, maximum, ConstraintEntry::format(minimum, names[k], maximum), 1};
+        order.push_back(k);
+    }
+};
+
+/// What every optimisation's settings file says alike: the mode, the optimised property, the target,
+/// the tonnage and the constraints (also in the file's order).
+struct SettingsFile {
+    std::optional<qint32> mode;
+    std::optional<int> property;
+    double target = 0.0;
+    double tonnage = 0.0;
+    std::vector<ConstraintEntry> constraints;
+    std::vector<int> order;
+
+    /// Mode, optimised property (by `names`), target and tonnage into a kind's parameter block.
+    template <typename Parameters> void applyObjective(Parameters& p, const QStringList& names) const
+    {
+        p.mode = mode.value_or(p.mode);
+        if (property)
+            p.optimizedElement = names[*property];
+        p.target = target;
+        p.requestedTonnage = tonnage;
+    }
+
+    /// The constraints of the 22 elements as the parameter blocks keep them.
+    std::array<ConstraintEntry, kElementCount> elementConstraints() const
+    {
+        std::array<ConstraintEntry, kElementCount> list{};
+        std::copy_n(constraints.begin(), std::min(constraints.size(), list.size()), list.begin());
+        return list;
+    }
+};
+
+/// The kind's own lines (its sources, further limits): true for a setting it knows.
+using KindLines = std::function<bool(const CsvFile&, const CsvLine&, const LineError&)>;
+
+/// The one reader of the optimisation settings files (Setting,Value,Minimum,Maximum): Mode, Element,
+/// Target, Tonnage and Constraint lines here, any other line through `kindLines`. Maximize Tonnage is
+/// a mode where `maximizeTonnage` says so.
+SettingsFile readSettings(const QString& path, const PropertyNames& properties, const KindLines& kindLines,
+                          bool maximizeTonnage = true)
 {
+    const QFileInfo info(path);
+    const CsvFile csv = readCsv(info.path(), info.fileName());
     if (csv.header.size() != 4)
         throw DemoDataError(
             QStringLiteral("%1: the header must be Setting,Value,Minimum,Maximum.").arg(csv.name));
-    const std::map<QString, qint32> modes = {{"Minimize", COptimizationParameters::kMinimize},
-                                             {"Maximize", COptimizationParameters::kMaximize},
-                                             {"Target", COptimizationParameters::kTarget},
-                                             {"Maximize Tonnage", COptimizationParameters::kMaximizeTonnage}};
-    CommonSettings p;
+    std::map<QString, qint32> modes = {{"Minimize", COptimizationParameters::kMinimize},
+                                       {"Maximize", COptimizationParameters::kMaximize},
+                                       {"Target", COptimizationParameters::kTarget}};
+    if (maximizeTonnage)
+        modes.emplace("Maximize Tonnage", COptimizationParameters::kMaximizeTonnage);
+    SettingsFile settings;
+    settings.constraints.resize(static_cast<std::size_t>(properties.names.size()));
     for (const CsvLine& line : csv.lines) {
         const QString& setting = line.fields[0];
         const QString& value = line.fields[1];
@@ -217,34 +250,32 @@ CommonSettings readSettings(const CsvFile& csv,
             const auto mode = modes.find(value);
             if (mode == modes.end())
                 throw fail(QStringLiteral("\"%1\" is not a mode.").arg(value));
-            p.mode = mode->second;
+            settings.mode = mode->second;
         } else if (setting == "Element") {
-            // Cl can be constrained but not optimised.
-            p.element = elementName(element(csv, line, elementIndex(Element::C4AF)));
+            settings.property = properties.find(value, properties.optimisable, fail);
         } else if (setting == "Target") {
-            p.target = number(csv, line, 1);
+            settings.target = number(csv, line, 1);
         } else if (setting == "Tonnage") {
-            p.tonnage = number(csv, line, 1);
+            settings.tonnage = number(csv, line, 1);
         } else if (setting == "Constraint") {
-            readLimit(csv, line, fail, p.constraints, p.order);
-        } else if (!other(line, fail)) {
+            properties.readLimit(csv, line, fail, settings.constraints, settings.order);
+        } else if (!kindLines || !kindLines(csv, line, fail)) {
             throw fail(QStringLiteral("\"%1\" is not a setting.").arg(setting));
         }
     }
-    const std::optional<int> optimised = elementFromName(p.element.toStdString());
-    if (p.mode == COptimizationParameters::kTarget &&
-        p.constraints[static_cast<std::size_t>(*optimised)].isActive())
-        throw DemoDataError(
-            QStringLiteral("%1 constrains %2, the element it targets.").arg(csv.name, p.element));
-    return p;
+    if (settings.mode == COptimizationParameters::kTarget && settings.property &&
+        settings.constraints[static_cast<std::size_t>(*settings.property)].isActive())
+        throw DemoDataError(QStringLiteral("%1 constrains %2, the element it targets.")
+                                .arg(csv.name, properties.names[*settings.property]));
+    return settings;
 }
 
 /// The entries with their rows in the list, in the order the file gave them.
-std::array<CSTKOptParameters::Entry, kElementCount>
-stockpileEntries(const std::array<ConstraintEntry, kElementCount>& list, const std::vector<int>& order)
+std::array<CSTKOptParameters::Entry, kElementCount> stockpileEntries(const std::vector<ConstraintEntry>& list,
+                                                                     const std::vector<int>& order)
 {
     std::array<CSTKOptParameters::Entry, kElementCount> entries{};
-    for (std::size_t k = 0; k < list.size(); ++k)
+    for (std::size_t k = 0; k < entries.size() && k < list.size(); ++k)
         entries[k] = {list[k].minimum, list[k].maximum, list[k].text, list[k].active, 0};
     for (std::size_t row = 0; row < order.size(); ++row)
         entries[static_cast<std::size_t>(order[row])].position = static_cast<qint32>(row + 1);
@@ -255,24 +286,23 @@ stockpileEntries(const std::array<ConstraintEntry, kElementCount>& list, const s
 
 COptimizationParameters DemoProject::readBlastOptimisation(const QString& path, const QStringList& blastNames)
 {
-    const QFileInfo info(path);
-    const CsvFile csv = readCsv(info.path(), info.fileName());
     COptimizationParameters p;
-    const CommonSettings common = readSettings(csv, [&](const CsvLine& line, const LineError& fail) {
-        if (line.fields[0] != "Blast")
-            return false;
-        if (!blastNames.contains(line.fields[1]))
-            throw fail(QStringLiteral("there is no blast \"%1\".").arg(line.fields[1]));
-        p.selectedSources << line.fields[1];
-        return true;
-    });
+    // Cl can be constrained but not optimised.
+    const SettingsFile file =
+        readSettings(path, {elementNames(), elementIndex(Element::Cl)},
+                     [&](const CsvFile&, const CsvLine& line, const LineError& fail) {
+                         if (line.fields[0] != "Blast")
+                             return false;
+                         if (!blastNames.contains(line.fields[1]))
+                             throw fail(QStringLiteral("there is no blast \"%1\".").arg(line.fields[1]));
+                         p.selectedSources << line.fields[1];
+                         return true;
+                     });
     if (p.selectedSources.size() < 2)
-        throw DemoDataError(QStringLiteral("%1 selects fewer than two blasts.").arg(csv.name));
-    p.mode = common.mode;
-    p.optimizedElement = common.element;
-    p.target = common.target;
-    p.requestedTonnage = common.tonnage;
-    p.constraints = common.constraints;
+        throw DemoDataError(
+            QStringLiteral("%1 selects fewer than two blasts.").arg(QFileInfo(path).fileName()));
+    file.applyObjective(p, elementNames());
+    p.constraints = file.elementConstraints();
     return p;
 }
 
@@ -280,43 +310,41 @@ CSTKOptParameters DemoProject::readStockpileOptimisation(const QString& path,
                                                          const std::vector<RecordKey>& stockpiles,
                                                          const QStringList& additives)
 {
-    const QFileInfo info(path);
-    const CsvFile csv = readCsv(info.path(), info.fileName());
-    std::array<ConstraintEntry, kElementCount> left{};
+    const PropertyNames elements{elementNames(), elementIndex(Element::Cl)};
+    std::vector<ConstraintEntry> left;
     std::vector<int> leftOrder;
     QStringList chosenPiles, chosenAdditives;
     qint32 pileCount = 0;
-    const CommonSettings common = readSettings(csv, [&](const CsvLine& line, const LineError& fail) {
-        const QString& setting = line.fields[0];
-        const QString& value = line.fields[1];
-        if (setting == "Stockpile") {
-            // "NAME (SOURCE)", split at the last " (".
-            const qsizetype open = value.lastIndexOf(QStringLiteral(" ("));
-            const RecordKey key{value.left(open), value.mid(open + 2).chopped(1)};
-            if (open <= 0 || !value.endsWith(u')') ||
-                std::find(stockpiles.begin(), stockpiles.end(), key) == stockpiles.end())
-                throw fail(QStringLiteral("there is no stockpile \"%1\".").arg(value));
-            chosenPiles << key.name << key.source;
-            ++pileCount;
-        } else if (setting == "Additive") {
-            if (!additives.contains(value))
-                throw fail(QStringLiteral("there is no additive \"%1\".").arg(value));
-            chosenAdditives << value;
-        } else if (setting == "Left") {
-            readLimit(csv, line, fail, left, leftOrder);
-        } else {
-            return false;
-        }
-        return true;
-    });
+    const SettingsFile file =
+        readSettings(path, elements, [&](const CsvFile& csv, const CsvLine& line, const LineError& fail) {
+            const QString& setting = line.fields[0];
+            const QString& value = line.fields[1];
+            if (setting == "Stockpile") {
+                // "NAME (SOURCE)", split at the last " (".
+                const qsizetype open = value.lastIndexOf(QStringLiteral(" ("));
+                const RecordKey key{value.left(open), value.mid(open + 2).chopped(1)};
+                if (open <= 0 || !value.endsWith(u')') ||
+                    std::find(stockpiles.begin(), stockpiles.end(), key) == stockpiles.end())
+                    throw fail(QStringLiteral("there is no stockpile \"%1\".").arg(value));
+                chosenPiles << key.name << key.source;
+                ++pileCount;
+            } else if (setting == "Additive") {
+                if (!additives.contains(value))
+                    throw fail(QStringLiteral("there is no additive \"%1\".").arg(value));
+                chosenAdditives << value;
+            } else if (setting == "Left") {
+                elements.readLimit(csv, line, fail, left, leftOrder);
+            } else {
+                return false;
+            }
+            return true;
+        });
     if (pileCount + chosenAdditives.size() < 2)
-        throw DemoDataError(QStringLiteral("%1 selects fewer than two sources.").arg(csv.name));
+        throw DemoDataError(
+            QStringLiteral("%1 selects fewer than two sources.").arg(QFileInfo(path).fileName()));
     CSTKOptParameters p;
-    p.mode = common.mode;
-    p.optimizedElement = common.element;
-    p.target = common.target;
-    p.requestedTonnage = common.tonnage;
-    p.productConstraints = stockpileEntries(common.constraints, common.order);
+    file.applyObjective(p, elementNames());
+    p.productConstraints = stockpileEntries(file.constraints, file.order);
     p.remainderConstraints = stockpileEntries(left, leftOrder);
     p.stockpileCount = pileCount;
     p.sources = chosenPiles + chosenAdditives;
@@ -364,59 +392,46 @@ ClinkerProcessParameters DemoProject::readClinkerProcess(const QString& path)
 
 CClinkerOptParameters DemoProject::readClinkerOptimisation(const QString& path, const QStringList& listed)
 {
-    const QFileInfo info(path);
-    const CsvFile csv = readCsv(info.path(), info.fileName());
-    if (csv.header.size() != 4)
-        throw DemoDataError(
-            QStringLiteral("%1: the header must be Setting,Value,Minimum,Maximum.").arg(csv.name));
-    const std::map<QString, qint32> modes = {{"Minimize", CClinkerOptParameters::kMinimize},
-                                             {"Maximize", CClinkerOptParameters::kMaximize},
-                                             {"Target", CClinkerOptParameters::kTarget}};
     CClinkerOptParameters p;
-    for (const CsvLine& line : csv.lines) {
-        const QString& setting = line.fields[0];
-        const QString& value = line.fields[1];
-        const auto fail = [&](const QString& why) {
-            return DemoDataError(QStringLiteral("%1 line %2: %3").arg(csv.name).arg(line.number).arg(why));
-        };
-        if (setting == "Selection") {
-            if (value == "Crude + Coal")
-                p.sourceSelection = CClinkerOptParameters::kCrudeAndCoal;
-            else if (value == "Stockpile + Additives + Coal")
-                p.sourceSelection = CClinkerOptParameters::kStockpileAdditivesAndCoal;
-            else
-                throw fail(QStringLiteral("\"%1\" is not a selection of sources.").arg(value));
-        } else if (setting == "Mode") {
-            const auto mode = modes.find(value);
-            if (mode == modes.end())
-                throw fail(QStringLiteral("\"%1\" is not a mode.").arg(value));
-            p.mode = mode->second;
-        } else if (setting == "Element") {
-            p.optimizedElement = elementName(element(csv, line, kElementCount - 1));
-        } else if (setting == "Target") {
-            p.target = number(csv, line, 1);
-        } else if (setting == "Tonnage") {
-            p.requestedTonnage = number(csv, line, 1);
-        } else if (setting == "Crude" || setting == "Stockpile" || setting == "Additive" ||
-                   setting == "Coal") {
-            if (!listed.contains(value))
-                throw fail(QStringLiteral("there is no source \"%1\".").arg(value));
-            (setting == "Coal"       ? p.coalSources
-             : setting == "Additive" ? p.additiveSources
-                                     : p.crudeSources)
-                << value;
-        } else if (setting == "Constraint") {
-            const int e = element(csv, line, kElementCount - 1);
-            const double minimum = number(csv, line, 2);
-            const double maximum = number(csv, line, 3);
-            ConstraintEntry& entry = p.constraints[static_cast<std::size_t>(e)];
-            if (entry.isActive())
-                throw fail(QStringLiteral("%1 is constrained twice.").arg(elementName(e)));
-            entry = {minimum, maximum, ConstraintEntry::format(minimum, elementName(e), maximum), 1};
-        } else {
-            throw fail(QStringLiteral("\"%1\" is not a setting.").arg(setting));
-        }
-    }
+    // Every element can be optimised in a clinker; Maximize Tonnage is no clinker mode.
+    const SettingsFile file = readSettings(
+        path, {elementNames(), kElementCount},
+        [&](const CsvFile&, const CsvLine& line, const LineError& fail) {
+            const QString& setting = line.fields[0];
+            const QString& value = line.fields[1];
+            if (setting == "Selection") {
+                if (value == "Crude + Coal")
+                    p.sourceSelection = CClinkerOptParameters::kCrudeAndCoal;
+                else if (value == "Stockpile + Additives + Coal")
+                    p.sourceSelection = CClinkerOptParameters::kStockpileAdditivesAndCoal;
+                else
+                    throw fail(QStringLiteral("\"%1\" is not a selection of sources.").arg(value));
+            } else if (setting == "Crude" || setting == "Stockpile" || setting == "Additive" ||
+                       setting == "Coal") {
+                if (!listed.contains(value))
+                    throw fail(QStringLiteral("there is no source \"%1\".").arg(value));
+                (setting == "Coal"       ? p.coalSources
+                 : setting == "Additive" ? p.additiveSources
+                                         : p.crudeSources)
+                    << value;
+            } else {
+                return false;
+            }
+            return true;
+        },
+        false);
+    file.applyObjective(p, elementNames());
+    p.constraints = file.elementConstraints();
+    return p;
+}
+
+CCoalOptParameters DemoProject::readCoalOptimisation(const QString& path)
+{
+    // The project keeps no choice of coals.
+    const SettingsFile file = readSettings(path, {CoalProperties::names(), kCoalPropertyCount}, {});
+    CCoalOptParameters p;
+    file.applyObjective(p, CoalProperties::names());
+    std::copy(file.constraints.begin(), file.constraints.end(), p.constraints.begin());
     return p;
 }
 
@@ -462,6 +477,8 @@ void DemoProject::build(const QString& dataDir, const QString& outDir)
         readClinkerOptimisation(QDir(dataDir).filePath(QStringLiteral("clinker-optimisation.csv")), listed);
     const CSTKOptParameters stockpileOptimisation = readStockpileOptimisation(
         QDir(dataDir).filePath(QStringLiteral("stockpile-optimisation.csv")), stockpileKeys, additiveNames);
+    const CCoalOptParameters coalOptimisation =
+        readCoalOptimisation(QDir(dataDir).filePath(QStringLiteral("coal-optimisation.csv")));
 
     if (!QDir().mkpath(outDir))
         throw DemoDataError(
@@ -497,6 +514,7 @@ void DemoProject::build(const QString& dataDir, const QString& outDir)
     settings.clinkerProcess = process;
     settings.clinkerOptimization = clinker;
     settings.stockpileOptimization = stockpileOptimisation;
+    settings.coalOptimization = coalOptimisation;
     try {
         ProjectFile::save(settings, out.absoluteFilePath(projectName()));
     } catch (...) {

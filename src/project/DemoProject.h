@@ -3,6 +3,7 @@
 #include "chemistry/ClinkerProcessParameters.h"
 #include "database/Record.h"
 #include "optimise/CClinkerOptParameters.h"
+#include "optimise/CCoalOptParameters.h"
 #include "optimise/COptimizationParameters.h"
 #include "optimise/CSTKOptParameters.h"
 
@@ -14,8 +15,8 @@ namespace kilnova {
 /// per table (blasts.csv, blast-deviations.csv, stockpiles.csv, crude.csv, clinker.csv,
 /// additives.csv, coal.csv) and a project file that uses it, with the blast optimisation settings
 /// of blast-optimisation.csv, the stockpile optimisation settings of stockpile-optimisation.csv, the
-/// kiln of clinker-process.csv and the clinker optimisation settings of clinker-optimisation.csv
-/// ready to run.
+/// kiln of clinker-process.csv, the clinker optimisation settings of clinker-optimisation.csv and
+/// the coal optimisation settings of coal-optimisation.csv ready to run.
 ///
 /// A table file has "#" comment lines, a header naming database columns and one record per line;
 /// missing columns keep their defaults and the derived columns are computed from the oxides. A
@@ -44,6 +45,8 @@ public:
     /// names a source as its list shows it ("Name (Source)" for crudes and stockpiles), which must be
     /// among `listed` (the list texts of the demo's records).
     static CClinkerOptParameters readClinkerOptimisation(const QString& path, const QStringList& listed);
+    /// The settings that coal-optimisation.csv describes (the project keeps no choice of coals).
+    static CCoalOptParameters readCoalOptimisation(const QString& path);
 
     static QString databaseName() { return QStringLiteral("demo.kndb"); }
     static QString projectName() { return QStringLiteral("demo.knv"); }

@@ -1,5 +1,6 @@
 #include "project/ProjectSettingsJson.h"
 
+#include "optimise/CoalProperties.h"
 #include "project/ProjectSettings.h"
 
 #include <QJsonArray>
@@ -50,17 +51,16 @@ QJsonObject entryJson(double minimum, double maximum, const QString& text)
     return {{"minimum", minimum}, {"maximum", maximum}, {"text", text}};
 }
 
-template <std::size_t N> QJsonArray constraintsJson(const std::array<ConstraintEntry, N>& entries)
+/// Each entry under the name of what it constrains: an element, or a coal property.
+template <std::size_t N>
+QJsonArray constraintsJson(const std::array<ConstraintEntry, N>& entries,
+                           const QStringList& names = elementNames(), const char* key = "element")
 {
     QJsonArray list;
     for (std::size_t i = 0; i < N; ++i) {
         const ConstraintEntry& c = entries[i];
         QJsonObject o = entryJson(c.minimum, c.maximum, c.text);
-        // The coal optimisation has more entries than there are elements; those go by number.
-        if (i < kElementCount)
-            o.insert("element", elementName(static_cast<int>(i)));
-        else
-            o.insert("entry", static_cast<int>(i));
+        o.insert(key, names.value(static_cast<qsizetype>(i)));
         o.insert("active", c.isActive());
         list.append(o);
     }
@@ -159,7 +159,7 @@ QJsonObject clinkerOptimizationJson(const CClinkerOptParameters& p)
 QJsonObject coalOptimizationJson(const CCoalOptParameters& p)
 {
     QJsonObject o = objective(p.mode, p.optimizedElement, p.target, p.requestedTonnage);
-    o.insert("constraints", constraintsJson(p.constraints));
+    o.insert("constraints", constraintsJson(p.constraints, CoalProperties::names(), "property"));
     return o;
 }
 

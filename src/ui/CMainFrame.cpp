@@ -16,7 +16,9 @@
 #include "ui/CKilnovaView.h"
 #include "ui/COptimizeAdditives.h"
 #include "ui/COptimizeBlasts.h"
+#include "ui/COptimizeCoal.h"
 #include "ui/COptimizeStockpiles.h"
+#include "ui/CoalResultsWindow.h"
 #include "ui/GuiImportDialogs.h"
 #include "ui/GuiPrompt.h"
 #include "ui/RecentFiles.h"
@@ -138,6 +140,9 @@ void CMainFrame::registerHandlers()
     mHandlers[CommandId::OptimizeStockpiles] = [this] {
         optimizeStockpiles();
     };
+    mHandlers[CommandId::OptimizeCoal] = [this] {
+        optimizeCoal();
+    };
     mHandlers[CommandId::AnalyseBlastCombinations] = [this] {
         CCombineBlasts::run(mDoc, *mPrompt, this);
     };
@@ -241,6 +246,21 @@ void CMainFrame::optimizeStockpiles()
                                chooseSource, this);
     if (dialog.exec() == QDialog::Accepted) {
         mDoc.settings().stockpileOptimization = dialog.parameters();
+        mDoc.setModified();
+    }
+}
+
+void CMainFrame::optimizeCoal()
+{
+    auto showResults = [this](const CoalOptimization::Result& result) {
+        // Modal over the optimisation dialog, which stays open for another run.
+        QWidget* over = QApplication::activeModalWidget();
+        CoalResultsWindow window(result, mDoc, *mPrompt, over ? over : this);
+        window.exec();
+    };
+    COptimizeCoal dialog(*mDoc.database(), mDoc.settings().coalOptimization, *mPrompt, showResults, this);
+    if (dialog.exec() == QDialog::Accepted) {
+        mDoc.settings().coalOptimization = dialog.parameters();
         mDoc.setModified();
     }
 }

@@ -59,6 +59,7 @@ private:
     void optimizeClinker();
     void optimizeBlasts();
     void optimizeStockpiles();
+    void optimizeCoal();
     void restoreBackups(BackupRestore::Kind kind);
     void deleteBackups(BackupRestore::Kind kind);
 

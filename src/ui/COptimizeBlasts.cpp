@@ -64,10 +64,8 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     // Objective
     mMode->addItems(BlastOptimization::modeChoices());
     mMode->setCurrentIndex(mOptimization.modeChoice());
-    for (int k = 0; k < kElementCount; ++k) {
-        if (k < mOptimization.optimisableCount())
-            mElement->addItem(elementName(k));
-    }
+    for (int k = 0; k < mOptimization.optimisableCount(); ++k)
+        mElement->addItem(elementName(k));
     mElement->setCurrentIndex(mOptimization.element());
     mTarget->setValue(mOptimization.target());
     mTonnage->setValue(mOptimization.requestedTonnage());

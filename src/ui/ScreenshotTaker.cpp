@@ -8,8 +8,10 @@
 #include "ui/CMainFrame.h"
 #include "ui/COptimizeAdditives.h"
 #include "ui/COptimizeBlasts.h"
+#include "ui/COptimizeCoal.h"
 #include "ui/COptimizeStockpiles.h"
 #include "ui/CUpdateActualStockpiles.h"
+#include "ui/CoalResultsWindow.h"
 #include "ui/QuietPrompt.h"
 #include "ui/RecordDialog.h"
 #include "ui/StockpileResultsWindow.h"
@@ -148,6 +150,27 @@ int ScreenshotTaker::run(const QString& project, const QString& dialog, const QS
                                        {{"Bed A-0611", "Pre-blending"}}, &frame);
         update.show();
         return save(&update, output) ? 0 : 1;
+    }
+
+    if (dialog == QLatin1String("optimize-coal") || dialog == QLatin1String("coal-results")) {
+        if (!doc.database())
+            return 1;
+        // The project keeps no choice of coals: all of them, as on the command line.
+        COptimizeCoal optimize(*doc.database(), doc.settings().coalOptimization, prompt, {}, &frame);
+        optimize.optimization().setSelection(optimize.optimization().sourceNames());
+        optimize.refreshSources();
+        optimize.show();
+        if (dialog == QLatin1String("optimize-coal"))
+            return save(&optimize, output) ? 0 : 1;
+        const CoalOptimization::Result result = optimize.optimization().optimize();
+        if (!result.outcome.solved) {
+            std::fprintf(stderr, "%s\n", qPrintable(result.outcome.message));
+            return 1;
+        }
+        CoalResultsWindow results(result, doc, prompt, &frame);
+        results.resize(820, 640);
+        results.show();
+        return save(&results, output) ? 0 : 1;
     }
 
     const std::map<QString, Table> tables = {{"blast", Table::Blast},         {"stockpile", Table::Stockpile},

@@ -189,5 +189,91 @@ TEST(BlendProblem, SolvesWithTheKindsRowsAndWithoutAnUpperRow)
     EXPECT_NEAR(out.tonnes(1), 8, 1e-5);
 }
 
+/// A kind with its own properties: a heat value and a share first, then an analysis of the share
+/// (SiO2, Al2O3, Fe2O3) and its silica modulus; the analysis counts by the share, the heat by the tonne.
+BlendProblem ownProperties()
+{
+    BlendProblem p;
+    p.layout.count = 6;
+    p.layout.SiO2 = 2;
+    p.layout.Al2O3 = 3;
+    p.layout.Fe2O3 = 4;
+    p.layout.MS = 5;
+    p.layout.MA = p.layout.LSF = p.layout.CaO = -1;
+    p.boundOffset.clear();
+    auto source = [](const char* name, std::vector<float> values) {
+        ModelSource s{name, 100.0, PropertyValues(std::move(values)), SourceWeights::unit(6), {}, {}};
+        for (std::size_t k = 2; k < 6; ++k)
+            s.weights.value[k] = s.weights.bound[k] = s.weights.objective[k] = s.values[1];
+        return s;
+    };
+    p.sources = {source("C1", {6000, 10, 50, 25, 10, 1.43f}), source("C2", {7000, 20, 40, 20, 20, 1.0f})};
+    p.mode = -1;
+    p.tonnage = 50;
+    return p;
+}
+
+TEST(BlendProblem, AKindsOwnPropertiesPlaceTheRatiosWhereItsLayoutSays)
+{
+    const OptimizationModel model;
+    BlendProblem p = ownProperties();
+    p.bounds = {{0, 6200, 6800}, {5, 1.2, 1.6}, {2, 42, 48}};
+    const LinearProgramme lp = model.build(p, 1);
+    // Heat by the tonne: 6000 - b, 7000 - b. MS on the share: 10 * (50 - b * 25 - b * 10) against
+    // 20 * (40 - b * 20 - b * 20). SiO2 on the share: 10 * (50 - b) against 20 * (40 - b).
+    const std::vector<std::vector<double>> expected = {
+        {-800, 200}, {-200, 800}, {-60, -480}, {80, -160}, {20, -160}, {80, -40},
+    };
+    ASSERT_GE(lp.rowList.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i)
+        EXPECT_EQ(lp.rowList[i].coefficients, expected[i]) << i;
+    EXPECT_EQ(lp.rowList[6].role, Role::SourceMinimum);
+
+    struct Objective {
+        int property;
+        bool weightedRatio;
+        std::vector<double> coefficients;
+    };
+    const std::vector<Objective> objectives = {
+        {0, false, {6000, 7000}},
+        {2, false, {500, 800}}, // an analysis value counts by the share either way
+        {5, false, {50, 40}},   // the ratio's numerator as it stands
+        {5, true, {500, 800}},  // or by the share, as the analysis counts
+    };
+    for (const Objective& o : objectives) {
+        p.element = o.property;
+        p.layout.weightedRatioObjective = o.weightedRatio;
+        EXPECT_EQ(model.build(p, 1).objective, o.coefficients) << o.property << " " << o.weightedRatio;
+    }
+}
+
+TEST(BlendProblem, APropertysOwnRefusalComesWithItsRows)
+{
+    const OptimizationModel model;
+    const QString missing2 = message(Msg::MissingValueInSource, {"C2"});
+    struct Case {
+        const char* what;
+        std::vector<ElementBound> bounds;
+        int element;
+        QString refusal;
+    };
+    const std::vector<Case> cases = {
+        {"only the heat asked for", {{0, 6000, 7000}}, 0, QString()},
+        {"the analysis under a bound", {{0, 6000, 7000}, {3, 0, 30}}, 0, "C1 has no share"},
+        {"the analysis optimised", {}, 2, "C1 has no share"},
+        {"a missing value met first", {{4, 0, 30}, {3, 0, 30}}, 0, missing2},
+    };
+    for (const Case& c : cases) {
+        BlendProblem p = ownProperties();
+        p.sources[0].propertyRefusals.assign(4, QString("C1 has no share"));
+        p.sources[0].propertyRefusals[0].reset();
+        p.sources[0].propertyRefusals[1].reset();
+        p.sources[1].values[4] = -1;
+        p.bounds = c.bounds;
+        p.element = c.element;
+        EXPECT_EQ(model.refusal(p).value_or(QString()), c.refusal) << c.what;
+    }
+}
+
 } // namespace
 } // namespace kilnova

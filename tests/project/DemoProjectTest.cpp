@@ -5,6 +5,7 @@
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
 #include "optimise/BlendSummary.h"
+#include "optimise/CoalOptimization.h"
 #include "optimise/StockpileOptimization.h"
 #include "optimise/StockpileReport.h"
 #include "project/DemoDataError.h"
@@ -150,6 +151,38 @@ TEST_F(DemoProjectTest, TheProjectFileUsesTheDatabaseAndHasABlastOptimisationRea
     EXPECT_FALSE(p.constraints[elementIndex(Element::CaO)].isActive());
 }
 
+TEST_F(DemoProjectTest, TheCoalsMakeACheaperMixThanAnyCoalThatMeetsTheLimitsAlone)
+{
+    const ProjectFile::Loaded loaded = ProjectFile::load(path("demo.knv"));
+    const CCoalOptParameters& p = loaded.settings.coalOptimization;
+    EXPECT_EQ(p.mode, -1);
+    EXPECT_EQ(p.optimizedElement, "Cost Factor");
+    EXPECT_EQ(p.constraints[coalPropertyIndex(CoalProperty::Sulfur)].text, "0.00 <= Sulfur <= 1.50");
+
+    std::unique_ptr<ProjectDatabase> db = ProjectDatabase::open(path("demo.kndb"));
+    CoalOptimization o(*db, p);
+    o.setSelection(o.sourceNames());
+    const CoalOptimization::Result r = o.optimize();
+    ASSERT_TRUE(r.outcome.solved) << r.outcome.message.toStdString();
+    int taken = 0;
+    for (std::size_t j = 0; j < r.coals.size(); ++j)
+        taken += r.outcome.counts(j) ? 1 : 0;
+    EXPECT_GE(taken, 2) << "a mix, not one coal";
+    EXPECT_NEAR(r.mix.tonnage, p.requestedTonnage, 1e-2);
+    // The mix meets every limit; the dearest coal alone would too, and costs more.
+    for (int k = 0; k < kCoalPropertyCount; ++k) {
+        const ConstraintEntry& c = p.constraints[static_cast<std::size_t>(k)];
+        if (!c.isActive())
+            continue;
+        EXPECT_GE(r.mix.properties[static_cast<std::size_t>(k)], c.minimum - 1e-4) << c.text.toStdString();
+        EXPECT_LE(r.mix.properties[static_cast<std::size_t>(k)], c.maximum + 1e-4) << c.text.toStdString();
+    }
+    double dearest = 0;
+    for (const CoalSource& c : r.coals)
+        dearest = std::max(dearest, c.value(CoalProperty::CostFactor));
+    EXPECT_LT(r.mix.value(CoalProperty::CostFactor), dearest - 1);
+}
+
 /// A copy of the demo data with one file changed.
 class BrokenDemoData : public testing::Test {
 protected:
@@ -207,6 +240,10 @@ TEST_F(BrokenDemoData, IsReportedByFileAndLineAndLeavesNothingBehind)
          "stockpile-optimisation.csv line 17: there is no additive \"Gypsum\"."},
         {"stockpile-optimisation.csv", "Left,MS", "Left,LSF",
          "stockpile-optimisation.csv line 23: LSF is constrained twice."},
+        {"coal-optimisation.csv", "Constraint,Ash", "Constraint,Titration",
+         "coal-optimisation.csv line 11: \"Titration\" is not an element that can be used here."},
+        {"coal-optimisation.csv", "Constraint,Ash,0,12", "Constraint,Ash,12,0",
+         "coal-optimisation.csv line 11: the minimum of Ash is above its maximum."},
     };
     for (const Case& c : cases) {
         freshCopy();

@@ -105,7 +105,7 @@ HandBuilt defaultDocument()
     b.f32(0).f32(0).i32(0).f32(0).f32(0).str("").str("");
     b.i32(0).i32(0).f32(0).str("").str("").f32(0).str("");
     field();
-    b.i32(1).str("Titration").f64(0).f64(0); // coal optimisation
+    b.i32(1).str("BTU").f64(0).f64(0); // coal optimisation
     emptyEntries(25);
     field();
     b.f32(-3.0695f).f32(8.5974f).f32(5.0654f).f32(1.0782f).i32(1);
@@ -458,7 +458,8 @@ TEST(ProjectSettingsJson, ShowsEverySettingUnderReadableKeys)
         {"combination.targets.4.element", "CaO"},
         {"combination.targets.4.value", 44.0},
         {"combination.classification.inventoryGradeTarget", 2.5},
-        {"coalOptimization.constraints.24.entry", 24},
+        {"coalOptimization.constraints.24.property", "C4AF"},
+        {"coalOptimization.constraints.5.property", "SiO2"},
         {"coalOptimization.constraints.24.maximum", 2.0},
         {"chemicalEquations.C2SUseFreeLime", false},
     };
