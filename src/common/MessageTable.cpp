@@ -112,6 +112,13 @@ const QHash<int, QString>& table()
         {30307, QStringLiteral("The %1 table cannot be read: %2")},
         {30308, QStringLiteral("The four Actual stockpiles keep their Name and Source, and no other "
                                "stockpile may take them.")},
+        {30900,
+         QStringLiteral("A blend that meets every limit exists all the same. Kilnova's second method (a "
+                        "bounded-variable simplex in double precision) found the one below; it can be "
+                        "stored like any other.")},
+        {30901,
+         QStringLiteral("Trying every pair of %1 blasts could take %2 MB of memory, more than half of the "
+                        "%3 MB of this computer. Select at most %4 blasts, then combine again.")},
     };
     return texts;
 }

@@ -84,6 +84,9 @@ enum class Msg : int {
     RecordsNotDeleted,
     CannotReadTable,
     ActualStockpileKeyKept,
+    // Large selections (30900-30999).
+    SecondMethodFound = 30900,
+    SelectionTooLarge,
 };
 
 /// The exact text of a message with %1, %2, ... filled in from args (numbers are formatted by the

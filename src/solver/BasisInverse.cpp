@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
+#include <string>
 
 namespace kilnova {
 
@@ -16,99 +18,148 @@ void checkCovers(std::size_t size, std::size_t needed)
         throwIndexOutOfRange("vector", static_cast<int>(needed) - 1, static_cast<int>(size));
 }
 
-// Calls f(k) for each bit set in both word rows, in increasing k.
-template <typename F> void forEachCommon(const std::uint64_t* a, const std::uint64_t* b, int words, F&& f)
-{
-    for (int w = 0; w < words; ++w) {
-        for (std::uint64_t bits = a[w] & b[w]; bits != 0; bits &= bits - 1)
-            f(static_cast<std::size_t>(w) * 64 + static_cast<std::size_t>(std::countr_zero(bits)));
-    }
-}
-
-template <typename F> void forEachSet(const std::uint64_t* a, int words, F&& f)
-{
-    for (int w = 0; w < words; ++w) {
-        for (std::uint64_t bits = a[w]; bits != 0; bits &= bits - 1)
-            f(static_cast<std::size_t>(w) * 64 + static_cast<std::size_t>(std::countr_zero(bits)));
-    }
-}
-
 bool isFinite(double v)
 {
     return std::fabs(v) <= std::numeric_limits<double>::max();
 }
 
-// The largest magnitude among `values`, NaN above infinity: the bit patterns of magnitudes sort
-// as the magnitudes do.
-double largestMagnitude(std::span<const double> values)
+// The magnitude's bit pattern: magnitudes sort as these do, NaN above infinity.
+std::uint64_t magnitudeBits(double v)
 {
-    std::uint64_t largest = 0;
-    for (const double v : values)
-        largest = std::max(largest, std::bit_cast<std::uint64_t>(v) & ~(std::uint64_t{1} << 63));
-    return std::bit_cast<double>(largest);
+    return std::bit_cast<std::uint64_t>(v) & ~(std::uint64_t{1} << 63);
 }
-
-// Far enough below the largest double that a bound under it rules out an overflow.
-constexpr double kSafeMagnitude = 1e300;
 
 } // namespace
 
 void BasisInverse::reset(int rows)
 {
     mRows = rows < 0 ? 0 : rows;
-    mValues.reset(mRows + 1, mRows + 1);
-    mRowPattern.reset(mRows + 1, mRows + 1);
-    mColumnPattern.reset(mRows + 1, mRows + 1);
-    mEta.reset(mRows + 1);
-    mPivotEntries.reset(mRows + 1);
+    const auto n = static_cast<std::size_t>(mRows + 1);
+    mColumns.assign(n, Column{});
+    mRowPositions.assign(n, std::vector<int>{});
+    mValues.clear();
+    mDenseColumn.clear();
+    mChanged.reset(mRows + 1);
+    mPivotRow.clear();
     mPlain = false;
-    mLargest = 0.0;
 }
 
 void BasisInverse::clear()
 {
     reset(0);
+    mColumns.shrink_to_fit();
+    mRowPositions.shrink_to_fit();
 }
 
 void BasisInverse::setIdentity()
 {
-    for (int i = 1; i <= mRows; ++i) {
-        // Once plain, the patterns are no longer kept up to date.
-        if (mPlain) {
-            for (double& v : mValues.row(i, 1, mRows))
-                v = 0.0;
-        } else {
-            const auto row = mValues.row(i, 0, mRows);
-            forEachSet(mRowPattern.rowWords(i).data(), mRowPattern.wordsPerRow(),
-                       [&](std::size_t k) { row[k] = 0.0; });
-        }
-        mValues(i, i) = 1.0;
-        mRowPattern.clearRow(i);
-        mRowPattern.set(i, i);
-        mColumnPattern.clearRow(i);
-        mColumnPattern.set(i, i);
-    }
+    mValues.clear();
+    mDenseColumn.clear();
     mPlain = false;
-    mLargest = 1.0;
+    for (int i = 0; i <= mRows; ++i) {
+        const auto u = static_cast<std::size_t>(i);
+        mColumns[u].clear();
+        mRowPositions[u].clear();
+        if (i > 0) {
+            mColumns[u].push_back({i, 0, 1.0});
+            mRowPositions[u].push_back(i);
+        }
+    }
+}
+
+void BasisInverse::checkRow(int row) const
+{
+    if (row < 1 || row > mRows) [[unlikely]]
+        throwIndexOutOfRange("inverse row", row, mRows + 1);
+}
+
+int BasisInverse::find(int position, int row) const
+{
+    const Column& column = mColumns[static_cast<std::size_t>(position)];
+    const auto at =
+        std::lower_bound(column.begin(), column.end(), row, [](const Cell& c, int r) { return c.row < r; });
+    return at != column.end() && at->row == row ? static_cast<int>(at - column.begin()) : -1;
+}
+
+double BasisInverse::at(int row, int column) const
+{
+    if (mPlain)
+        return mValues(row, column);
+    checkRow(row);
+    checkRow(column);
+    const int index = find(column, row);
+    return index < 0 ? 0.0
+                     : mColumns[static_cast<std::size_t>(column)][static_cast<std::size_t>(index)].value;
+}
+
+std::size_t BasisInverse::entryCount() const
+{
+    if (mPlain)
+        return static_cast<std::size_t>(mRows) * static_cast<std::size_t>(mRows);
+    std::size_t count = 0;
+    for (const Column& c : mColumns)
+        count += c.size();
+    return count;
+}
+
+void BasisInverse::rowEntries(int row, std::vector<std::pair<int, double>>& out) const
+{
+    checkRow(row);
+    out.clear();
+    if (mPlain) {
+        for (int k = 1; k <= mRows; ++k)
+            out.emplace_back(k, mValues(row, k));
+        return;
+    }
+    for (const int k : mRowPositions[static_cast<std::size_t>(row)])
+        out.emplace_back(k,
+                         mColumns[static_cast<std::size_t>(k)][static_cast<std::size_t>(find(k, row))].value);
+    std::sort(out.begin(), out.end());
 }
 
 void BasisInverse::usePlainLoops()
 {
+    makeDense();
+}
+
+void BasisInverse::makeDense()
+{
+    if (mPlain)
+        return;
+    const auto n = static_cast<std::size_t>(mRows + 1);
+    if (n * n > mDenseLimit / sizeof(double))
+        throw std::invalid_argument("the basis inverse of " + std::to_string(mRows) +
+                                    " rows is too large to be held whole");
+    mValues.reset(mRows + 1, mRows + 1);
+    mDenseColumn.reset(mRows + 1);
+    for (int k = 1; k <= mRows; ++k) {
+        for (const Cell& c : mColumns[static_cast<std::size_t>(k)])
+            mValues(c.row, k) = c.value;
+    }
+    for (Column& c : mColumns)
+        Column().swap(c);
+    for (std::vector<int>& r : mRowPositions)
+        std::vector<int>().swap(r);
     mPlain = true;
 }
 
-void BasisInverse::leftMultiply(std::span<const double> weight, std::span<const std::uint64_t> weightWords,
-                                std::span<double> out) const
+std::span<const double> BasisInverse::denseColumn(std::span<const int> rows, std::span<const double> values)
 {
-    const auto n = static_cast<std::size_t>(width());
+    const auto column = mDenseColumn.range(0, mRows);
+    std::fill(column.begin(), column.end(), 0.0);
+    for (std::size_t t = 0; t < rows.size(); ++t)
+        mDenseColumn[rows[t]] = values[t];
+    return column;
+}
+
+void BasisInverse::leftMultiply(std::span<const double> weight, std::span<double> out) const
+{
+    const auto n = static_cast<std::size_t>(mRows + 1);
     checkCovers(weight.size(), n);
     checkCovers(out.size(), n);
-    checkCovers(weightWords.size(), static_cast<std::size_t>(mRowPattern.wordsPerRow()));
     std::fill(out.begin(), out.begin() + static_cast<std::ptrdiff_t>(n), 0.0);
-    if (mRows == 0)
-        return;
-    const auto values = mValues.rows(0, mRows);
     if (mPlain) {
+        const auto values = mValues.rows(0, mRows);
         for (std::size_t k = 1; k < n; ++k) {
             const double* row = values.data() + k * n;
             for (std::size_t i = 1; i < n; ++i)
@@ -116,144 +167,122 @@ void BasisInverse::leftMultiply(std::span<const double> weight, std::span<const 
         }
         return;
     }
-    const auto words = mRowPattern.block(0, mRows);
-    const int perRow = mRowPattern.wordsPerRow();
-    forEachSet(weightWords.data(), perRow, [&](std::size_t k) {
-        const double w = weight[k];
-        if (w == 0.0)
-            return;
-        const double* row = values.data() + k * n;
-        forEachSet(words.data() + k * static_cast<std::size_t>(perRow), perRow,
-                   [&](std::size_t i) { out[i] += w * row[i]; });
-    });
+    for (std::size_t i = 1; i < n; ++i) {
+        double sum = 0.0;
+        for (const Cell& c : mColumns[i]) {
+            const double w = weight[static_cast<std::size_t>(c.row)];
+            if (w != 0.0)
+                sum += w * c.value;
+        }
+        out[i] = sum;
+    }
 }
 
 void BasisInverse::leftMultiplyAt(std::span<const int> positions, std::span<const double> weight,
-                                  std::span<const std::uint64_t> weightWords, std::span<double> out) const
+                                  std::span<double> out) const
 {
-    const auto n = static_cast<std::size_t>(width());
+    const auto n = static_cast<std::size_t>(mRows + 1);
     checkCovers(weight.size(), n);
     checkCovers(out.size(), positions.size());
-    checkCovers(weightWords.size(), static_cast<std::size_t>(mColumnPattern.wordsPerRow()));
-    if (mRows == 0)
-        return;
-    const auto values = mValues.rows(0, mRows);
-    const auto columnWords = mColumnPattern.block(0, mRows);
-    const int perColumn = mColumnPattern.wordsPerRow();
     for (std::size_t c = 0; c < positions.size(); ++c) {
-        const auto i = static_cast<std::size_t>(positions[c]);
-        if (i < 1 || i >= n) [[unlikely]]
-            throwIndexOutOfRange("position", positions[c], static_cast<int>(n));
+        const int i = positions[c];
+        checkRow(i);
         double sum = 0.0;
         if (mPlain) {
+            const auto values = mValues.rows(0, mRows);
             for (std::size_t k = 1; k < n; ++k)
-                sum += weight[k] * values[k * n + i];
+                sum += weight[k] * values[k * n + static_cast<std::size_t>(i)];
         } else {
-            forEachCommon(columnWords.data() + i * static_cast<std::size_t>(perColumn), weightWords.data(),
-                          perColumn, [&](std::size_t k) { sum += weight[k] * values[k * n + i]; });
+            for (const Cell& cell : mColumns[static_cast<std::size_t>(i)]) {
+                const double w = weight[static_cast<std::size_t>(cell.row)];
+                if (w != 0.0)
+                    sum += w * cell.value;
+            }
         }
         out[c] = sum;
     }
 }
 
-void BasisInverse::multiply(std::span<const double> column, std::span<const std::uint64_t> columnWords,
-                            std::span<double> out, std::span<std::uint64_t> outWords) const
+void BasisInverse::multiply(std::span<const int> rows, std::span<const double> values, SparseVector& out)
 {
-    const auto n = static_cast<std::size_t>(width());
-    const auto perColumn = static_cast<std::size_t>(mColumnPattern.wordsPerRow());
-    checkCovers(column.size(), n);
-    checkCovers(out.size(), n);
-    checkCovers(columnWords.size(), perColumn);
-    checkCovers(outWords.size(), perColumn);
-    std::fill(out.begin(), out.begin() + static_cast<std::ptrdiff_t>(n), 0.0);
-    if (mRows == 0)
-        return;
-    const auto values = mValues.rows(0, mRows);
+    checkCovers(static_cast<std::size_t>(out.size()), static_cast<std::size_t>(mRows + 1));
+    out.clear();
     if (mPlain) {
+        const auto column = denseColumn(rows, values);
+        const auto n = static_cast<std::size_t>(mRows + 1);
+        const auto inverse = mValues.rows(0, mRows);
         for (std::size_t i = 1; i < n; ++i) {
-            const double* row = values.data() + i * n;
+            const double* row = inverse.data() + i * n;
             double sum = 0.0;
             for (std::size_t k = 1; k < n; ++k)
                 sum += row[k] * column[k];
-            out[i] = sum;
+            out.set(static_cast<int>(i), sum);
         }
-        setAll(outWords);
         return;
     }
-    // Column by column, so that each out[i] still gathers its terms in increasing k.
-    std::fill(outWords.begin(), outWords.begin() + static_cast<std::ptrdiff_t>(perColumn), std::uint64_t{0});
-    const auto words = mColumnPattern.block(0, mRows);
-    forEachSet(columnWords.data(), static_cast<int>(perColumn), [&](std::size_t k) {
-        const double c = column[k];
-        if (c == 0.0 || k == 0)
-            return;
-        const std::uint64_t* rows = words.data() + k * perColumn;
-        for (std::size_t w = 0; w < perColumn; ++w)
-            outWords[w] |= rows[w];
-        forEachSet(rows, static_cast<int>(perColumn),
-                   [&](std::size_t i) { out[i] += values[i * n + k] * c; });
-    });
+    // Position by position in k order, so that each out[i] still gathers its terms in increasing k.
+    for (std::size_t t = 0; t < rows.size(); ++t) {
+        const double v = values[t];
+        const int k = rows[t];
+        checkRow(k);
+        if (v == 0.0)
+            continue;
+        for (const Cell& c : mColumns[static_cast<std::size_t>(k)])
+            out.add(c.row, c.value * v);
+    }
+    out.sortIndices();
 }
 
-void BasisInverse::multiplyUnit(int r, double sign, std::span<double> out,
-                                std::span<std::uint64_t> outWords) const
+void BasisInverse::multiplyUnit(int r, double sign, SparseVector& out)
 {
-    const auto n = static_cast<std::size_t>(width());
-    checkCovers(out.size(), n);
-    const auto columnWords = mColumnPattern.rowWords(r); // checks r
-    checkCovers(outWords.size(), columnWords.size());
-    const auto values = mValues.rows(0, mRows);
-    const auto u = static_cast<std::size_t>(r);
+    checkRow(r);
+    checkCovers(static_cast<std::size_t>(out.size()), static_cast<std::size_t>(mRows + 1));
+    out.clear();
     if (mPlain) {
+        const auto n = static_cast<std::size_t>(mRows + 1);
+        const auto u = static_cast<std::size_t>(r);
+        const auto values = mValues.rows(0, mRows);
         for (std::size_t i = 1; i < n; ++i) {
             double sum = 0.0;
             for (std::size_t k = 1; k < n; ++k)
                 sum += values[i * n + k] * (k == u ? sign : 0.0);
-            out[i] = sum;
+            out.set(static_cast<int>(i), sum);
         }
-        setAll(outWords);
         return;
     }
     // The sum starts at +0: a zero entry gives +0 whatever its sign.
-    std::fill(out.begin(), out.begin() + static_cast<std::ptrdiff_t>(n), 0.0);
-    std::copy(columnWords.begin(), columnWords.end(), outWords.begin());
-    forEachSet(columnWords.data(), static_cast<int>(columnWords.size()),
-               [&](std::size_t i) { out[i] = 0.0 + values[i * n + u] * sign; });
+    for (const Cell& c : mColumns[static_cast<std::size_t>(r)])
+        out.set(c.row, 0.0 + c.value * sign);
 }
 
-void BasisInverse::setAll(std::span<std::uint64_t> words) const
+double BasisInverse::rowTimes(int row, std::span<const int> rows, std::span<const double> values)
 {
-    const auto perColumn = static_cast<std::size_t>(mColumnPattern.wordsPerRow());
-    std::fill(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(perColumn), std::uint64_t{0});
-    for (int i = 1; i <= mRows; ++i)
-        words[static_cast<std::size_t>(i / 64)] |= std::uint64_t{1} << (i % 64);
-}
-
-double BasisInverse::rowTimes(int row, std::span<const double> column,
-                              std::span<const std::uint64_t> columnWords) const
-{
-    const auto values = mValues.row(row, 0, mRows);
-    checkCovers(column.size(), values.size());
+    checkRow(row);
     double sum = 0.0;
     if (mPlain) {
-        for (std::size_t k = 1; k < values.size(); ++k)
-            sum += values[k] * column[k];
+        const auto column = denseColumn(rows, values);
+        const auto entries = mValues.row(row, 0, mRows);
+        for (std::size_t k = 1; k < entries.size(); ++k)
+            sum += entries[k] * column[k];
         return sum;
     }
-    const auto rowWords = mRowPattern.rowWords(row);
-    checkCovers(columnWords.size(), rowWords.size());
-    forEachCommon(rowWords.data(), columnWords.data(), static_cast<int>(rowWords.size()),
-                  [&](std::size_t k) { sum += values[k] * column[k]; });
+    for (std::size_t t = 0; t < rows.size(); ++t) {
+        const int k = rows[t];
+        checkRow(k);
+        const int index = find(k, row);
+        if (index >= 0)
+            sum += mColumns[static_cast<std::size_t>(k)][static_cast<std::size_t>(index)].value * values[t];
+    }
     return sum;
 }
 
 void BasisInverse::plainUpdate(int r, double pivot, std::span<const double> alphas)
 {
-    mPlain = true;
-    const auto n = static_cast<std::size_t>(width());
+    makeDense();
+    const auto n = static_cast<std::size_t>(mRows + 1);
     const auto ur = static_cast<std::size_t>(r);
     const auto values = mValues.rows(0, mRows);
-    const auto eta = mEta.range(0, mRows);
+    std::vector<double> eta(n, 0.0);
     for (std::size_t i = 1; i < n; ++i)
         eta[i] = i == ur ? 1.0 / pivot : -alphas[i] / pivot;
     const double* pivotRow = values.data() + ur * n;
@@ -269,102 +298,102 @@ void BasisInverse::plainUpdate(int r, double pivot, std::span<const double> alph
         last[k] *= eta[ur];
 }
 
-std::span<const int> BasisInverse::update(int r, const CheckedArray<double>& alpha,
-                                          std::span<const std::uint64_t> alphaWords)
+std::span<const int> BasisInverse::update(int r, const SparseVector& alpha)
 {
-    if (r < 1 || r > mRows) [[unlikely]]
-        throwIndexOutOfRange("pivot row", r, mRows + 1);
-    const auto n = static_cast<std::size_t>(width());
-    const auto ur = static_cast<std::size_t>(r);
-    const auto alphas = alpha.range(0, mRows);
-    const auto entries = mPivotEntries.range(0, mRows);
-    const double pivot = alphas[ur];
+    checkRow(r);
+    checkCovers(static_cast<std::size_t>(alpha.size()), static_cast<std::size_t>(mRows + 1));
+    const auto alphas = alpha.values();
+    const double pivot = alphas[static_cast<std::size_t>(r)];
+    const auto all = [this] {
+        for (int k = 1; k <= mRows; ++k)
+            mChanged[k - 1] = k;
+        return mChanged.range(0, mRows - 1);
+    };
 
     // Every multiplier is finite when the largest one is: otherwise the skipped terms count.
     const double inverse = 1.0 / pivot;
-    const double largestEta = largestMagnitude(alphas.subspan(1)) / std::fabs(pivot);
+    std::uint64_t largest = magnitudeBits(pivot);
+    for (const int i : alpha.indices())
+        largest = std::max(largest, magnitudeBits(alphas[static_cast<std::size_t>(i)]));
+    const double largestEta = std::bit_cast<double>(largest) / std::fabs(pivot);
     if (mPlain || pivot == 0.0 || !isFinite(inverse) || !isFinite(largestEta)) {
         plainUpdate(r, pivot, alphas);
-        for (std::size_t k = 1; k < n; ++k)
-            entries[k - 1] = static_cast<int>(k);
-        return {entries.data(), n - 1};
+        return all();
     }
 
-    const auto values = mValues.rows(0, mRows);
-    const auto rowWords = mRowPattern.block(0, mRows);
-    const auto columnWords = mColumnPattern.block(0, mRows);
-    const auto perRow = static_cast<std::size_t>(mRowPattern.wordsPerRow());
-    const auto eta = mEta.range(0, mRows);
-    checkCovers(alphaWords.size(), perRow);
-
-    // The entries of the pivot row that are non-zero now; the others leave every row unchanged.
-    double* pivotRow = values.data() + ur * n;
-    std::uint64_t* pivotWords = rowWords.data() + ur * perRow;
-    std::size_t count = 0;
-    double largestPivotEntry = 0.0;
-    forEachSet(pivotWords, static_cast<int>(perRow), [&](std::size_t k) {
-        if (pivotRow[k] != 0.0) {
-            entries[count++] = static_cast<int>(k);
-            largestPivotEntry = std::max(largestPivotEntry, std::fabs(pivotRow[k]));
-        } else {
-            mColumnPattern.unset(static_cast<int>(k), r);
-        }
-    });
-    std::fill(pivotWords, pivotWords + perRow, std::uint64_t{0});
-    for (std::size_t c = 0; c < count; ++c) {
-        const auto k = static_cast<std::size_t>(entries[c]);
-        pivotWords[k / 64] |= std::uint64_t{1} << (k % 64);
+    // The entries of the pivot row; every other position leaves every row unchanged. Each of their
+    // columns is merged, in row order, with the rows whose alpha is not zero.
+    mPivotRow.clear();
+    for (const int k : mRowPositions[static_cast<std::size_t>(r)])
+        mPivotRow.emplace_back(
+            k, mColumns[static_cast<std::size_t>(k)][static_cast<std::size_t>(find(k, r))].value);
+    mMultipliers.clear();
+    for (const int i : alpha.indices()) {
+        const double a = alphas[static_cast<std::size_t>(i)];
+        if (i != r && a != 0.0)
+            mMultipliers.emplace_back(i, -a / pivot);
     }
-
-    // Each entry is checked for overflow only when a bound on them all no longer rules it out.
-    auto boundAfter = [&] {
-        return std::max(mLargest + largestEta * largestPivotEntry, largestPivotEntry * std::fabs(inverse));
-    };
-    if (!(boundAfter() <= kSafeMagnitude))
-        mLargest = largestMagnitude(values.subspan(n));
-    double bound = boundAfter();
-    const bool check = !(bound <= kSafeMagnitude);
-
-    // The rows that change are those whose alpha is non-zero, in the positions of the pivot row.
-    // An entry that cancels to zero leaves both patterns, so that later products skip it.
-    for (std::size_t c = 0; c < count; ++c) {
-        std::uint64_t* words = columnWords.data() + static_cast<std::size_t>(entries[c]) * perRow;
-        for (std::size_t w = 0; w < perRow; ++w)
-            words[w] |= alphaWords[w];
-    }
+    std::sort(mMultipliers.begin(), mMultipliers.end());
     bool overflow = false;
-    forEachSet(alphaWords.data(), static_cast<int>(perRow), [&](std::size_t i) {
-        if (i == ur || alphas[i] == 0.0)
-            return;
-        const double e = -alphas[i] / pivot;
-        eta[i] = e;
-        double* row = values.data() + i * n;
-        std::uint64_t* words = rowWords.data() + i * perRow;
-        for (std::size_t w = 0; w < perRow; ++w)
-            words[w] |= pivotWords[w];
-        for (std::size_t c = 0; c < count; ++c) {
-            const auto k = static_cast<std::size_t>(entries[c]);
-            const double v = row[k] + e * pivotRow[k];
-            row[k] = v;
-            if (v == 0.0) {
-                words[k / 64] &= ~(std::uint64_t{1} << (k % 64));
-                columnWords[k * perRow + i / 64] &= ~(std::uint64_t{1} << (i % 64));
-            }
-            if (check)
+    std::size_t count = 0;
+    for (const auto& [k, p] : mPivotRow) {
+        Column& column = mColumns[static_cast<std::size_t>(k)];
+        mMerged.clear();
+        std::size_t c = 0;
+        auto keep = [&](Cell cell, double v) {
+            if (v != 0.0) {
+                cell.value = v;
+                mMerged.push_back(cell);
                 overflow |= !isFinite(v);
+            } else {
+                mDropped.emplace_back(cell.row, cell.slot);
+            }
+        };
+        for (const auto& [i, e] : mMultipliers) {
+            for (; c < column.size() && column[c].row < i; ++c) {
+                if (column[c].row == r)
+                    keep(column[c], p * inverse);
+                else
+                    mMerged.push_back(column[c]);
+            }
+            if (c < column.size() && column[c].row == i) {
+                keep(column[c], column[c].value + e * p);
+                ++c;
+            } else {
+                const double v = 0.0 + e * p;
+                if (v != 0.0) {
+                    std::vector<int>& positions = mRowPositions[static_cast<std::size_t>(i)];
+                    mMerged.push_back(Cell{i, static_cast<int>(positions.size()), v});
+                    positions.push_back(k);
+                    overflow |= !isFinite(v);
+                }
+            }
         }
-    });
-    eta[ur] = inverse;
-    for (std::size_t c = 0; c < count; ++c) {
-        const auto k = static_cast<std::size_t>(entries[c]);
-        pivotRow[k] *= inverse;
-        overflow |= check && !isFinite(pivotRow[k]);
+        for (; c < column.size(); ++c) {
+            if (column[c].row == r)
+                keep(column[c], p * inverse);
+            else
+                mMerged.push_back(column[c]);
+        }
+        column.swap(mMerged);
+        // A cell that came out zero leaves its row's list; the row's last position takes its slot.
+        for (const auto& [row, slot] : mDropped) {
+            std::vector<int>& positions = mRowPositions[static_cast<std::size_t>(row)];
+            const int moved = positions.back();
+            positions[static_cast<std::size_t>(slot)] = moved;
+            positions.pop_back();
+            if (moved != k) {
+                const int index = find(moved, row);
+                mColumns[static_cast<std::size_t>(moved)][static_cast<std::size_t>(index)].slot = slot;
+            }
+        }
+        mDropped.clear();
+        mChanged[static_cast<int>(count++)] = k;
     }
-    mLargest = bound;
     // The values are those of the full loop even so; the products that follow are not.
     if (overflow)
-        mPlain = true;
-    return {entries.data(), count};
+        makeDense();
+    return mChanged.range(0, static_cast<int>(count) - 1);
 }
 
 } // namespace kilnova

@@ -47,7 +47,7 @@ TEST(OptimizationModel, BuildsRowsAndKindsOfEachMode)
         EXPECT_EQ((std::array{lp.countAtLeast, lp.countEqual, lp.countAtMost}), (std::array{3, 1, 3}));
         ASSERT_EQ(lp.rowList.size(), 7u);
         for (std::size_t i = 0; i < common.size(); ++i) {
-            EXPECT_EQ(lp.rowList[i].coefficients, common[i].coefficients) << i;
+            EXPECT_EQ(lp.rowList[i].dense(2), common[i].coefficients) << i;
             EXPECT_EQ(lp.rowList[i].rhs, common[i].rhs) << i;
             EXPECT_EQ(lp.rowList[i].kind, common[i].kind) << i;
         }

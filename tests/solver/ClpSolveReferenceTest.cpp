@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cmath>
@@ -145,38 +146,55 @@ public:
         mInverse.setIdentity();
         for (int i = 1; i <= m; ++i)
             mPlain[index(i)][index(i)] = 1.0;
-        mWords.reset(3, m + 1); // the column, the weights, alpha
         mAlpha.reset(m + 1);
+        mUnit.reset(m + 1);
     }
 
     bool plain() const { return mInverse.plain(); }
+    std::size_t entries() const { return mInverse.entryCount(); }
 
     /// Every product with `column` and `weight` (finite, 1-based), bit for bit.
     void expectSameProducts(const std::vector<double>& column, const std::vector<double>& weight, int row,
                             double sign, const std::string& where)
     {
-        mark(0, column);
-        mark(1, weight);
         std::vector<double> unit(index(mM + 1), 0.0);
         unit[index(row)] = sign;
         multiply(column);
+        mInverse.multiplyUnit(row, sign, mUnit);
+        compare("Binv x unit column", mUnit, plainTimes(unit), where);
         std::vector<double> out(index(mM + 1), 0.0);
-        mInverse.multiplyUnit(row, sign, out, mWords.block(2, 2));
-        compare("Binv x unit column", out, plainTimes(unit), where);
-        mInverse.leftMultiply(weight, mWords.rowWords(1), out);
+        mInverse.leftMultiply(weight, out);
         const std::vector<double> left = plainLeft(weight);
-        compare("weights x Binv", out, left, where);
+        for (int i = 1; i <= mM; ++i)
+            EXPECT_EQ(bits(out[index(i)]), bits(left[index(i)]))
+                << "weights x Binv at " << i << ", " << where;
         std::vector<int> positions;
         for (int i = mM; i >= 1; i -= 2)
             positions.push_back(i);
         std::vector<double> some(positions.size(), 0.0);
-        mInverse.leftMultiplyAt(positions, weight, mWords.rowWords(1), some);
+        mInverse.leftMultiplyAt(positions, weight, some);
         for (std::size_t c = 0; c < positions.size(); ++c)
             EXPECT_EQ(bits(some[c]), bits(left[index(positions[c])]))
                 << "weights x Binv at " << positions[c] << ", " << where;
         const std::vector<double> full = plainTimes(column);
-        EXPECT_EQ(bits(mInverse.rowTimes(row, column, mWords.rowWords(0))), bits(full[index(row)]))
+        const auto [rows, values] = entriesOf(column);
+        EXPECT_EQ(bits(mInverse.rowTimes(row, rows, values)), bits(full[index(row)]))
             << "row " << row << " x column, " << where;
+        if (!mInverse.plain()) {
+            std::vector<std::pair<int, double>> kept;
+            mInverse.rowEntries(row, kept);
+            std::size_t t = 0;
+            for (int k = 1; k <= mM; ++k) {
+                const double v = mPlain[index(row)][index(k)];
+                if (v == 0.0)
+                    continue;
+                ASSERT_LT(t, kept.size()) << "row " << row << " lost position " << k << ", " << where;
+                EXPECT_EQ(kept[t].first, k) << where;
+                EXPECT_EQ(bits(kept[t].second), bits(v)) << where;
+                ++t;
+            }
+            EXPECT_EQ(t, kept.size()) << "row " << row << " keeps zeros, " << where;
+        }
     }
 
     /// Pivots both on row r for `column` entering (checking Binv x column first).
@@ -195,7 +213,8 @@ public:
         }
         for (int k = 1; k <= mM; ++k)
             mPlain[index(r)][index(k)] *= eta[index(r)];
-        mInverse.update(r, mAlpha, mWords.rowWords(2));
+        mAlpha.dropZeros();
+        mInverse.update(r, mAlpha);
     }
 
     double alpha(int i) const { return mAlpha[i]; }
@@ -203,22 +222,24 @@ public:
 private:
     static std::size_t index(int i) { return static_cast<std::size_t>(i); }
 
-    void mark(int which, const std::vector<double>& v)
+    // The column's entries as the solver holds them: non-zero ones, ascending.
+    static std::pair<std::vector<int>, std::vector<double>> entriesOf(const std::vector<double>& column)
     {
-        mWords.clearRow(which);
-        for (int k = 1; k <= mM; ++k)
-            if (v[index(k)] != 0.0)
-                mWords.set(which, k);
+        std::pair<std::vector<int>, std::vector<double>> e;
+        for (std::size_t k = 1; k < column.size(); ++k) {
+            if (column[k] != 0.0) {
+                e.first.push_back(static_cast<int>(k));
+                e.second.push_back(column[k]);
+            }
+        }
+        return e;
     }
     // Binv x column into mAlpha, checked against the plain product.
     void multiply(const std::vector<double>& column)
     {
-        mark(0, column);
-        mInverse.multiply(column, mWords.rowWords(0), mAlpha.range(0, mM), mWords.block(2, 2));
-        std::vector<double> out(index(mM + 1), 0.0);
-        for (int i = 1; i <= mM; ++i)
-            out[index(i)] = mAlpha[i];
-        compare("Binv x column", out, plainTimes(column), "");
+        const auto [rows, values] = entriesOf(column);
+        mInverse.multiply(rows, values, mAlpha);
+        compare("Binv x column", mAlpha, plainTimes(column), "");
     }
     std::vector<double> plainTimes(const std::vector<double>& column) const
     {
@@ -236,23 +257,31 @@ private:
                 out[index(i)] += weight[index(k)] * mPlain[index(k)][index(i)];
         return out;
     }
-    void compare(const char* what, const std::vector<double>& out, const std::vector<double>& expected,
+    // Every position listed where the value is not zero, ascending, and equal bit for bit.
+    void compare(const char* what, const SparseVector& out, const std::vector<double>& expected,
                  const std::string& where) const
     {
-        for (int i = 1; i <= mM; ++i)
-            EXPECT_EQ(bits(out[index(i)]), bits(expected[index(i)]))
-                << what << " at " << i << ", " << where << ": " << out[index(i)] << " instead of "
+        const auto listed = out.indices();
+        EXPECT_TRUE(std::is_sorted(listed.begin(), listed.end())) << what << ", " << where;
+        for (int i = 1; i <= mM; ++i) {
+            EXPECT_EQ(bits(out[i]), bits(expected[index(i)]))
+                << what << " at " << i << ", " << where << ": " << out[i] << " instead of "
                 << expected[index(i)];
+            if (expected[index(i)] != 0.0) {
+                EXPECT_NE(std::find(listed.begin(), listed.end(), i), listed.end())
+                    << what << " does not list " << i << ", " << where;
+            }
+        }
     }
 
     int mM;
     BasisInverse mInverse;
     std::vector<std::vector<double>> mPlain;
-    SparsityPattern mWords;
-    CheckedArray<double> mAlpha;
+    SparseVector mAlpha;
+    SparseVector mUnit;
 };
 
-// Random pivots on inverses of up to 70 rows (two pattern words), with entries that cancel
+// Random pivots on inverses of up to 70 rows, with entries that cancel
 // exactly and pivots on zero: after every update each product must equal, bit for bit, the
 // product over every index of the plainly updated inverse.
 TEST(BasisInverse, ProductsEqualThePlainLoopsAfterEveryUpdate)

@@ -4,6 +4,7 @@
 
 namespace kilnova {
 
+class BoundedSimplex;
 class ClpSolve;
 
 /// The pivot limit for test problems of a few dozen rows: a cycling one costs milliseconds, not
@@ -28,6 +29,7 @@ struct LpProblem {
     /// Initialize and fill `solver` the way the optimisations do (every coefficient of each row,
     /// then its kind, then the objective); false if Initialize refused.
     bool loadInto(ClpSolve& solver) const;
+    bool loadInto(BoundedSimplex& solver) const;
     /// c.x in the caller's terms.
     double objectiveAt(const std::vector<double>& x) const;
 };
