@@ -1,11 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 namespace kilnova {
-
-class BoundedSimplex;
-class ClpSolve;
 
 /// A linear programme as the optimisation model builds it, before it is handed to the solver: the
 /// sizes and row-kind counts given to Initialize, every row in row-number order and the objective.
@@ -34,10 +32,27 @@ struct LinearProgramme {
     std::vector<Row> rowList;
     std::vector<double> objective;
 
-    /// Initialize and fill a solver; false when Initialize refuses the counts. Setter refusals are
-    /// ignored, as the model expects. Both methods take the same calls.
-    bool loadInto(ClpSolve& solver) const;
-    bool loadInto(BoundedSimplex& solver) const;
+    /// Initialize and fill a solver (ClpSolve, or the second method, which takes the same calls);
+    /// false when Initialize refuses the counts. Setter refusals are ignored, as the model expects.
+    template <typename Solver> bool loadInto(Solver& solver) const;
 };
+
+template <typename Solver> bool LinearProgramme::loadInto(Solver& solver) const
+{
+    if (!solver.Initialize(rows, columns, sense, countAtLeast, countEqual, countAtMost))
+        return false;
+    for (std::size_t i = 0; i < rowList.size(); ++i) {
+        const int row = static_cast<int>(i) + 1;
+        const Row& r = rowList[i];
+        if (r.boundColumn >= 0)
+            solver.SetCoefficient(row, r.boundColumn + 1, 1.0);
+        for (std::size_t j = 0; j < r.coefficients.size(); ++j)
+            solver.SetCoefficient(row, static_cast<int>(j) + 1, r.coefficients[j]);
+        solver.SetConstraint(row, r.rhs, r.kind);
+    }
+    for (std::size_t j = 0; j < objective.size(); ++j)
+        solver.SetObjectiveCoefficient(static_cast<int>(j) + 1, objective[j]);
+    return true;
+}
 
 } // namespace kilnova
