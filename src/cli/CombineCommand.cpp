@@ -1,11 +1,13 @@
 #include "cli/CombineCommand.h"
 
 #include "combine/BlastCombiner.h"
+#include "common/DeviceSink.h"
 #include "common/MessageTable.h"
 #include "common/UserPrompt.h"
 #include "project/CKilnovaDoc.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 namespace kilnova {
@@ -85,14 +87,20 @@ int CombineCommand::run(const QStringList& args)
             return fail(opened);
         }
     }
-    const std::optional<CombinationOutcome> outcome = combiner.combine();
+    // The report goes to standard output as it is built, in plain line ends.
+    mOut.flush();
+    QFile standardOutput;
+    QIODevice* device = mOut.device();
+    if (device == nullptr) {
+        standardOutput.open(stdout, QIODevice::WriteOnly);
+        device = &standardOutput;
+    }
+    DeviceSink report(*device, "\n");
+    const std::optional<CombinationOutcome> outcome = combiner.combine(report);
     combiner.close();
     if (!outcome)
         return fail(opened);
-    QString report = outcome->report;
-    report.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    mOut << report << '\n';
-    mOut.flush();
+    report.write("\n");
     return 0;
 }
 

@@ -1,5 +1,6 @@
 #include "ui/CCombineBlasts.h"
 
+#include "common/ReportText.h"
 #include "common/UserPrompt.h"
 #include "project/CKilnovaDoc.h"
 #include "ui/CCombineResults.h"
@@ -419,19 +420,21 @@ void CCombineBlasts::combine()
                              1000, this);
     progress.setWindowModality(Qt::WindowModal);
     progress.setMinimumDuration(400);
+    // The report goes to storage that spills to a temporary file: a run of hundreds of thousands
+    // of pairs is never held whole.
+    const auto report = std::make_shared<ReportText>();
     const std::optional<CombinationOutcome> outcome =
-        mCombiner.combine([&progress](long long done, long long total) {
+        mCombiner.combine(*report, [&progress](long long done, long long total) {
             progress.setValue(total > 0 ? static_cast<int>(done * 1000 / total) : 0);
             return !progress.wasCanceled();
         });
     progress.reset();
     if (!outcome)
         return;
-    CCombineResults results(*outcome, mCombiner.period(), mUi, this);
+    CCombineResults results(*outcome, report, mCombiner.period(), mUi, this);
     results.exec();
     if (results.chosenIndex() >= 0)
-        mCombiner.applyResults(outcome->successes[static_cast<std::size_t>(results.chosenIndex())],
-                               results.period());
+        mCombiner.applyResults(outcome->combination(results.chosenIndex()), results.period());
     showSources();
 }
 

@@ -1,5 +1,7 @@
 #include "ui/ReportPrinter.h"
 
+#include "common/ReportText.h"
+
 #include <QFile>
 #include <QFontDatabase>
 #include <QFontMetrics>
@@ -13,23 +15,24 @@
 namespace kilnova {
 
 ReportPrinter::ReportPrinter(const QString& reportText)
+    : mReport(ReportText::fromString(reportText))
 {
-    QString text = reportText;
-    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    if (text.endsWith('\n'))
-        text.chop(1);
-    mLines = text.split('\n');
+}
+
+ReportPrinter::ReportPrinter(std::shared_ptr<const ReportText> report)
+    : mReport(std::move(report))
+{
 }
 
 QFont ReportPrinter::fontFor(QPaintDevice& device, int pageWidth) const
 {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     font.setPointSizeF(kPointSize);
-    // A line wider than the page (a long blast name) is not cut: the whole report gets smaller.
-    int widest = 0;
+    // A line wider than the page (a long blast name) is not cut: the whole report gets smaller. In a
+    // fixed-pitch font the longest line is the widest.
     const QFontMetrics metrics(font, &device);
-    for (const QString& line : mLines)
-        widest = std::max(widest, metrics.horizontalAdvance(line));
+    const int widest =
+        metrics.horizontalAdvance(QString(static_cast<qsizetype>(mReport->longestLine()), QLatin1Char('M')));
     if (widest > pageWidth && pageWidth > 0)
         font.setPointSizeF(std::max(kSmallestPointSize, kPointSize * pageWidth / widest * 0.98));
     return font;
@@ -47,17 +50,19 @@ int ReportPrinter::print(QPagedPaintDevice& device) const
     const QRect area = painter.viewport();
     const int footerHeight = 2 * lineHeight;
     const int linesPerPage = std::max(1, (area.height() - footerHeight) / lineHeight);
-    const int pages = std::max<int>(1, static_cast<int>((mLines.size() + linesPerPage - 1) / linesPerPage));
+    // A report's last line end starts no line of its own.
+    const qsizetype lines = mReport->lineCount();
+    const int pages = std::max<int>(1, static_cast<int>((lines + linesPerPage - 1) / linesPerPage));
 
     for (int page = 0; page < pages; ++page) {
         if (page > 0)
             device.newPage();
-        for (int i = 0; i < linesPerPage; ++i) {
-            const qsizetype line = static_cast<qsizetype>(page) * linesPerPage + i;
-            if (line >= mLines.size())
-                break;
-            painter.drawText(0, (i + 1) * lineHeight, mLines[line]);
-        }
+        int i = 0;
+        mReport->lines(static_cast<qsizetype>(page) * linesPerPage, linesPerPage,
+                       [&](const QByteArray& line) {
+                           painter.drawText(0, (i + 1) * lineHeight, QString::fromUtf8(line));
+                           ++i;
+                       });
         const QString footer = QStringLiteral("Page %1 of %2").arg(page + 1).arg(pages);
         painter.drawText(QRect(0, area.height() - lineHeight, area.width(), lineHeight), Qt::AlignHCenter,
                          footer);

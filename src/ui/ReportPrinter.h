@@ -2,18 +2,23 @@
 
 #include <QFont>
 #include <QString>
-#include <QStringList>
+
+#include <memory>
 
 class QPagedPaintDevice;
 class QPaintDevice;
 
 namespace kilnova {
 
+class ReportText;
+
 /// Prints a plain-text report on paged devices (a printer or a PDF file) in a fixed-pitch font,
-/// with "Page n of m" in the footer of every page.
+/// with "Page n of m" in the footer of every page. Lines are read from the report page by page, so
+/// a report of any length prints without being held whole.
 class ReportPrinter final {
 public:
     explicit ReportPrinter(const QString& reportText);
+    explicit ReportPrinter(std::shared_ptr<const ReportText> report);
 
     /// Paints every page; returns the number of pages.
     int print(QPagedPaintDevice& device) const;
@@ -28,7 +33,7 @@ public:
     static constexpr double kSmallestPointSize = 6.0;
 
 private:
-    QStringList mLines;
+    std::shared_ptr<const ReportText> mReport;
 };
 
 } // namespace kilnova

@@ -1,7 +1,9 @@
 #include "ui/ReportWindow.h"
 
+#include "common/ReportText.h"
 #include "common/UserPrompt.h"
 #include "ui/ReportPrinter.h"
+#include "ui/ReportView.h"
 
 #include <QDir>
 #include <QFontDatabase>
@@ -16,20 +18,32 @@
 namespace kilnova {
 
 ReportWindow::ReportWindow(const QString& title, const QString& reportText, UserPrompt& ui, QWidget* parent)
+    : ReportWindow(title, ReportText::fromString(reportText), ui, parent)
+{
+}
+
+ReportWindow::ReportWindow(const QString& title, std::shared_ptr<const ReportText> report, UserPrompt& ui,
+                           QWidget* parent)
     : QDialog(parent)
-    , mReport(reportText)
+    , mReport(std::move(report))
     , mUi(ui)
-    , mView(new QPlainTextEdit)
     , mActions(new QHBoxLayout)
 {
     setWindowTitle(title);
-    mView->setObjectName(QStringLiteral("report"));
-    mView->setReadOnly(true);
-    mView->setLineWrapMode(QPlainTextEdit::NoWrap);
-    mView->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    QString shown = reportText;
-    shown.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    mView->setPlainText(shown);
+    QWidget* view = nullptr;
+    if (mReport->lineCount() <= kEditableLines) {
+        auto* edit = new QPlainTextEdit;
+        edit->setReadOnly(true);
+        edit->setLineWrapMode(QPlainTextEdit::NoWrap);
+        edit->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+        QString shown = mReport->toString();
+        shown.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+        edit->setPlainText(shown);
+        view = edit;
+    } else {
+        view = new ReportView(mReport);
+    }
+    view->setObjectName(QStringLiteral("report"));
 
     auto* ok = new QPushButton(QStringLiteral("OK"));
     auto* print = new QPushButton(QStringLiteral("Print"));
@@ -48,9 +62,14 @@ ReportWindow::ReportWindow(const QString& title, const QString& reportText, User
         buttons->addWidget(b);
 
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(mView);
+    layout->addWidget(view);
     layout->addLayout(buttons);
     resize(900, 640);
+}
+
+QString ReportWindow::reportText() const
+{
+    return mReport->toString();
 }
 
 void ReportWindow::print()
@@ -94,9 +113,9 @@ bool ReportWindow::writePdf(const QString& path)
 
 bool ReportWindow::writeText(const QString& path)
 {
-    // The report is written exactly as built, line ends included.
+    // The report is written exactly as built, line ends included, block by block from its storage.
     QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(mReport.toUtf8()) >= 0 && file.commit())
+    if (file.open(QIODevice::WriteOnly) && mReport->writeTo(file) && file.commit())
         return true;
     mUi.showMessage(
         QStringLiteral("The report could not be written to %1.").arg(QDir::toNativeSeparators(path)),
