@@ -32,7 +32,7 @@ bool isFinite(double v)
 
 ClpSolve::ClpSolve()
 {
-    mBinv.setDenseLimit(kWholeInverseLimit);
+    mBinv.setWholeLimit(kWholeInverseLimit);
 }
 
 void ClpSolve::resetCounts()
@@ -378,8 +378,9 @@ void ClpSolve::priceColumns()
     for (int k = 1; k <= mLastNonBasicStart; ++k) {
         const int j = mNonBasic[k];
         mReduced[j] = reducedCost(j);
-        mPricing.set(k, mReduced[j], mColumnState[j] != kArtificialOut);
+        mPricing.setLeaf(k, mReduced[j], mColumnState[j] != kArtificialOut);
     }
+    mPricing.rebuild();
     choose();
 }
 
@@ -430,6 +431,16 @@ void ClpSolve::repriceAfterPivot(int row, std::span<const int> changedPositions,
     }
     if (!finite) {
         mBinv.usePlainLoops();
+        priceColumns();
+        return;
+    }
+    // When the changed prices meet a good share of the columns (a dense row's price changed),
+    // one pass over every column is cheaper than picking them out; an unchanged sum of the same
+    // terms comes out the same.
+    std::size_t met = 0;
+    for (const int i : mChangedRows)
+        met += mA.rowColumns(i).size() + 1;
+    if (4 * met > static_cast<std::size_t>(mLastNonBasicStart)) {
         priceColumns();
         return;
     }

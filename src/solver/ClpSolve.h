@@ -23,9 +23,10 @@ namespace kilnova {
 ///
 /// Storage and work follow the problem's structure, and no rounding differs from the method
 /// computed over every index (tests/solver/ReferenceSimplex). Why none can:
-/// - Only the coefficients that are not zero are held (a source row holds one), and the inverse
-///   keeps only its non-zero entries (BasisInverse). Every sum still adds its terms in the index
-///   order of the full loop; the terms left out are products with a zero factor. While every value
+/// - Only the coefficients that are not zero are held (a source row holds one), and the inverse of
+///   a large basis keeps only its non-zero entries (BasisInverse; a small one is held whole, where
+///   that is faster). Every sum still adds its terms in the index order of the full loop; the terms
+///   left out are products with a zero factor. While every value
 ///   is finite such a product is a zero, and adding a zero to a sum that started at +0 changes
 ///   nothing (such a sum is never -0, and x + 0 = x otherwise). No product, quotient or rounding
 ///   to single precision is computed differently, only fewer additions of zero are made.

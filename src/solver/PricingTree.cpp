@@ -35,7 +35,26 @@ void PricingTree::set(int position, double reduced, bool eligible)
         throwIndexOutOfRange("pricing position", position, mSize + 1);
     auto node = static_cast<std::size_t>(mLeaves + position - 1);
     mNodes[node] = eligible && !std::isnan(reduced) ? reduced : kNever;
-    for (node /= 2; node >= 1; node /= 2)
+    // Up the tree while the subtree minimum changes: above that nothing does.
+    for (node /= 2; node >= 1; node /= 2) {
+        const double m = smaller(mNodes[2 * node], mNodes[2 * node + 1]);
+        if (m == mNodes[node] && std::signbit(m) == std::signbit(mNodes[node]))
+            break;
+        mNodes[node] = m;
+    }
+}
+
+void PricingTree::setLeaf(int position, double reduced, bool eligible)
+{
+    if (position < 1 || position > mSize) [[unlikely]]
+        throwIndexOutOfRange("pricing position", position, mSize + 1);
+    mNodes[static_cast<std::size_t>(mLeaves + position - 1)] =
+        eligible && !std::isnan(reduced) ? reduced : kNever;
+}
+
+void PricingTree::rebuild()
+{
+    for (auto node = static_cast<std::size_t>(mLeaves) - 1; node >= 1; --node)
         mNodes[node] = smaller(mNodes[2 * node], mNodes[2 * node + 1]);
 }
 

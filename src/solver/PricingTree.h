@@ -24,6 +24,10 @@ public:
     /// is never taken, as in the walk.
     void set(int position, double reduced, bool eligible = true);
     void setIneligible(int position) { set(position, 0.0, false); }
+    /// A position's reduced cost without bringing the tree up to date: many changes at once are
+    /// cheaper followed by one rebuild().
+    void setLeaf(int position, double reduced, bool eligible = true);
+    void rebuild();
 
     struct Choice {
         int position = 0;      ///< 0 when nothing was taken

@@ -173,8 +173,10 @@ TEST(ClpSolveReference, BadlyScaledProblemsFollowThePlainMethodBitForBit)
 // A BasisInverse beside an inverse updated by the plain formula, dense, over every index.
 class InverseAndPlain {
 public:
-    explicit InverseAndPlain(int m)
+    /// `wholeRows` 0 keeps the inverse as entries until a value is not finite.
+    InverseAndPlain(int m, int wholeRows)
         : mM(m)
+        , mInverse(wholeRows)
         , mPlain(index(m + 1), std::vector<double>(index(m + 1), 0.0))
     {
         mInverse.reset(m);
@@ -335,9 +337,10 @@ TEST(BasisInverse, ProductsEqualThePlainLoopsAfterEveryUpdate)
         return (kind == 78 ? 1e150 : 1e-150) * (draw(1) == 0 ? 1.0 : -1.0);
     };
     int plainRuns = 0;
-    for (int run = 0; run < 60; ++run) {
-        const int m = run < 50 ? 1 + draw(8) : 60 + draw(10);
-        InverseAndPlain inverse(m);
+    for (int run = 0; run < 120; ++run) {
+        const int m = run % 60 < 50 ? 1 + draw(8) : 60 + draw(10);
+        // Held whole, then kept as entries.
+        InverseAndPlain inverse(m, run < 60 ? BasisInverse::kWholeRows : 0);
         std::vector<double> column(static_cast<std::size_t>(m + 1)), weight(column.size());
         for (int step = 0; step < 3 * m + 5; ++step) {
             for (std::size_t k = 1; k < column.size(); ++k) {
@@ -358,19 +361,21 @@ TEST(BasisInverse, ProductsEqualThePlainLoopsAfterEveryUpdate)
         plainRuns += inverse.plain();
     }
     // Some runs must reach the regime where skipping a zero term would be wrong, not all.
-    EXPECT_GT(plainRuns, 5);
-    EXPECT_LT(plainRuns, 55);
+    EXPECT_GT(plainRuns, 10);
+    EXPECT_LT(plainRuns, 110);
 }
 
 // Finite multipliers whose products overflow: Binv[2][1] becomes -inf, and from then on a zero
 // factor meeting it gives NaN, as in the plain loops.
 TEST(BasisInverse, AnOverflowingUpdateMakesZeroTermsCount)
 {
-    InverseAndPlain inverse(2);
-    inverse.pivot({0.0, 1e-200, 0.0}, 1);   // Binv = diag(1e200, 1)
-    inverse.pivot({0.0, 1e-200, 1e200}, 1); // alpha = (1, 1e200): eta[2] = -1e200
-    EXPECT_TRUE(inverse.plain());
-    inverse.expectSameProducts({0.0, 0.0, 1.0}, {0.0, 0.0, 1.0}, 2, 1.0, "after the overflow");
+    for (const int wholeRows : {BasisInverse::kWholeRows, 0}) {
+        InverseAndPlain inverse(2, wholeRows);
+        inverse.pivot({0.0, 1e-200, 0.0}, 1);   // Binv = diag(1e200, 1)
+        inverse.pivot({0.0, 1e-200, 1e200}, 1); // alpha = (1, 1e200): eta[2] = -1e200
+        EXPECT_TRUE(inverse.plain());
+        inverse.expectSameProducts({0.0, 0.0, 1.0}, {0.0, 0.0, 1.0}, 2, 1.0, "after the overflow");
+    }
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <utility>
 #include <vector>
 
 namespace kilnova {
@@ -29,6 +30,26 @@ struct LpProblem {
     template <typename Solver> bool loadInto(Solver& solver) const;
     /// c.x in the caller's terms.
     double objectiveAt(const std::vector<double>& x) const;
+};
+
+/// The same programme with only the non-zero coefficients of each row: what a blend of thousands
+/// of sources is, whose dense rows would not fit in memory.
+struct SparseProblem {
+    using Entry = std::pair<int, double>; ///< column (from 0), coefficient
+
+    int columns = 0;
+    int sense = 1;
+    std::vector<std::vector<Entry>> rows;
+    std::vector<double> rhs;
+    std::vector<int> kinds;
+    std::vector<double> objective;
+
+    int rowCount() const { return static_cast<int>(rows.size()); }
+    int count(int kind) const;
+    /// Adds a row, leaving out its zero coefficients.
+    void addRow(const std::vector<double>& coefficients, int kind, double value);
+    void addRow(std::vector<Entry> entries, int kind, double value);
+    LpProblem dense() const;
 };
 
 template <typename Solver> bool LpProblem::loadInto(Solver& solver) const

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "SparsityPattern.h"
 #include "solver/CheckedArray.h"
 #include "solver/CheckedMatrix.h"
+#include "solver/SparsityPattern.h"
 
 #include <cstdint>
 #include <span>

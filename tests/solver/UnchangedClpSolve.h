@@ -1,9 +1,9 @@
 #pragma once
 
-#include "SparsityPattern.h"
 #include "UnchangedBasisInverse.h"
 #include "solver/CheckedArray.h"
 #include "solver/CheckedMatrix.h"
+#include "solver/SparsityPattern.h"
 
 #include <span>
 #include <string>
