@@ -28,6 +28,7 @@ QJsonObject resultJson(const BlastOptimization::Result& r)
     json["message"] = r.outcome.message;
     if (!r.outcome.solved)
         return json;
+    json["method"] = r.outcome.method == OptimizationOutcome::Method::Second ? "second" : "classic";
     QJsonArray tonnes;
     for (std::size_t j = 0; j < r.request.sources.size(); ++j) {
         if (r.outcome.counts(j))

@@ -190,6 +190,14 @@ const QHash<int, QString>& table()
                                "it again.")},
         {31807, QStringLiteral("The backup of %1 has changed since the list was shown (restored or deleted "
                                "meanwhile), so nothing was restored. Open the list again.")},
+
+        {32100,
+         QStringLiteral("A blend that meets every limit exists all the same. Kilnova's second method (a "
+                        "bounded-variable simplex in double precision) found the one below; it can be "
+                        "stored like any other.")},
+        {32101,
+         QStringLiteral("Trying every pair of %1 blasts could take %2 MB of memory, more than half of the "
+                        "%3 MB of this computer. Select at most %4 blasts, then combine again.")},
     };
     return texts;
 }

@@ -35,6 +35,10 @@ struct OptimizationOutcome {
     std::vector<std::optional<double>> values;
     /// 1 or 2: the programme whose solution was taken.
     int programme = 0;
+    /// Which method found the blend. The second one is tried only when the classic one ends
+    /// without an optimum; `message` then keeps what the classic one said.
+    enum class Method { Classic, Second };
+    Method method = Method::Classic;
 
     /// Tonnes below this are not taken at all.
     static constexpr double kSmallestTonnage = 0.005;
@@ -73,6 +77,10 @@ public:
     static int chooseProgramme(int mode, double target, int code1, double objective1, int code2,
                                double objective2);
 
+    /// What a report opens with when the second method found the blend: the classic method's
+    /// message, then the note that a blend exists and was found by the second method. Empty
+    /// otherwise.
+    static QString secondMethodPreface(const OptimizationOutcome& outcome);
     /// Title line, what was done to which element, and the constraints applied.
     static QString reportHead(const QString& title, int mode, const QString& elementName,
                               const QStringList& constraintTexts);
@@ -80,6 +88,10 @@ public:
     static QString messageForCode(int code);
 
 private:
+    /// Both programmes by the second method, when the classic one ended without an optimum.
+    void solveBySecondMethod(const OptimizationRequest& request, const LinearProgramme& programme1,
+                             const LinearProgramme& programme2, OptimizationOutcome& outcome) const;
+
     ChemEquationCoefficients mCoefficients;
 };
 
