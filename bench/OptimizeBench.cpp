@@ -1,17 +1,25 @@
 // One blast optimisation as the user runs it (load the selected blasts, build and solve both
 // programmes, build the report) against the two solves alone, for 10, 50 and 200 blasts of a
 // generated quarry; the same for one clinker optimisation from 5, 20 and 60 sources (crudes and two
-// coals). scripts/run-bench prints the share of the time spent outside the solver.
+// coals); at 2,000 blasts with its debug dump against the same run without it; and
+// kilnova-cli optimize blasts over whole quarries of 1,000, 5,000 and 20,000 blasts as whole
+// processes (load, build, solve, report, dump), with their peak memory; at 2,000 blasts the same
+// command with its dump against the command without it. scripts/run-bench prints
+// the share of the time spent outside the solver and the dump's share of its run.
+
+#include "ChildProcess.h"
+#include "GeneratedQuarry.h"
 
 #include "chemistry/ChemistryFunctions.h"
 #include "database/ProjectDatabase.h"
-#include "database/RecordTable.h"
-#include "database/Transaction.h"
 #include "optimise/BlastOptimization.h"
 #include "optimise/ClinkerOptimization.h"
+#include "project/ProjectFile.h"
+#include "project/ProjectSettings.h"
 #include "solver/ClpSolve.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
@@ -23,53 +31,34 @@
 namespace kilnova {
 namespace {
 
-/// A quarry of limestone, marl and clay blasts with believable chemistry, the same on every run.
+/// A generated quarry in a project of its own, with settings that select every blast.
 struct Quarry {
     QTemporaryDir dir;
     std::unique_ptr<ProjectDatabase> db;
-    COptimizationParameters parameters;
+    QStringList names;
+    std::string project;
 
     explicit Quarry(int blasts)
     {
         db = ProjectDatabase::create(dir.filePath("bench.kndb"));
-        unsigned seed = 12345;
-        auto uniform = [&seed](double low, double high) {
-            seed = seed * 1103515245u + 12345u;
-            return low + (high - low) * ((seed >> 8) & 0xFFFF) / 65535.0;
-        };
-        Transaction transaction(*db);
-        RecordTable table(*db, Table::Blast);
-        for (int i = 0; i < blasts; ++i) {
-            const int kind = i % 3; // limestone, marl, clay
-            Record b(Table::Blast);
-            b.setValue("Name", QStringLiteral("Q%1").arg(i, 4, 10, QLatin1Char('0')));
-            b.setValue("Quantity", uniform(5000, 60000));
-            Analysis a = missingAnalysis();
-            auto set = [&a](Element e, double v) {
-                a[static_cast<std::size_t>(elementIndex(e))] = static_cast<float>(v);
-            };
-            set(Element::SiO2, kind == 0 ? uniform(2, 8) : kind == 1 ? uniform(12, 22) : uniform(45, 60));
-            set(Element::Al2O3, kind == 0 ? uniform(0.5, 2) : kind == 1 ? uniform(3, 6) : uniform(12, 18));
-            set(Element::Fe2O3, kind == 0 ? uniform(0.2, 1) : kind == 1 ? uniform(1.5, 3) : uniform(5, 8));
-            set(Element::CaO, kind == 0 ? uniform(48, 53) : kind == 1 ? uniform(30, 42) : uniform(2, 8));
-            set(Element::MgO, uniform(0.5, 2.5));
-            set(Element::CostFactor, uniform(1, 3));
-            b.setAnalysis(a);
-            table.add(b);
-            parameters.selectedSources << b.name();
-        }
-        transaction.commit();
-        parameters.mode = COptimizationParameters::kMaximize;
-        parameters.optimizedElement = "CaO";
-        parameters.requestedTonnage = 5000.0 * blasts / 2;
-        auto constrain = [this](Element e, double low, double high) {
-            parameters.constraints[static_cast<std::size_t>(elementIndex(e))] = {
-                low, high, ConstraintEntry::format(low, elementName(elementIndex(e)), high), 1};
-        };
-        constrain(Element::SiO2, 12, 16);
-        constrain(Element::Al2O3, 2.5, 5);
-        constrain(Element::Fe2O3, 1, 3);
-        constrain(Element::MgO, 0, 2.5);
+        names = GeneratedQuarry::fill(*db, blasts);
+    }
+
+    /// A pre-blending bed of `tonnage` tonnes.
+    COptimizationParameters parameters(double tonnage) const
+    {
+        return GeneratedQuarry::parameters(names, tonnage, COptimizationParameters::kMaximize);
+    }
+
+    /// The project kilnova-cli opens: this database and these settings.
+    const std::string& projectFor(double tonnage)
+    {
+        ProjectSettings settings;
+        settings.databasePath = dir.filePath("bench.kndb");
+        settings.blastOptimization = parameters(tonnage);
+        ProjectFile::save(settings, dir.filePath("bench.knv"));
+        project = dir.filePath("bench.knv").toStdString();
+        return project;
     }
 };
 
@@ -184,14 +173,22 @@ Quarry& quarry(int blasts)
     return *q;
 }
 
+/// A bed of 10,000 t per ten blasts, up to 250,000 t: what a plant stacks, and a tonnage the classic
+/// method's single-precision phase-1 objective still resolves.
+double bedTonnes(int blasts)
+{
+    return std::min(250000.0, 1000.0 * blasts);
+}
+
 } // namespace
 
-void optimizeWhole(benchmark::State& state, int blasts)
+void optimizeWhole(benchmark::State& state, int blasts, bool dump)
 {
     Quarry& q = quarry(blasts);
-    const BlastOptimization optimization(*q.db, q.parameters);
+    const BlastOptimization optimization(*q.db, q.parameters(bedTonnes(blasts)));
+    const QString debugFile = dump ? q.dir.filePath("debug.txt") : QString();
     for (auto _ : state) {
-        const BlastOptimization::Result r = optimization.optimize();
+        const BlastOptimization::Result r = optimization.optimize(debugFile);
         if (!r.outcome.solved)
             state.SkipWithError(r.outcome.message.toStdString().c_str());
         benchmark::DoNotOptimize(r.report.size());
@@ -201,7 +198,8 @@ void optimizeWhole(benchmark::State& state, int blasts)
 void solvesAlone(benchmark::State& state, int blasts)
 {
     Quarry& q = quarry(blasts);
-    const BlastOptimization::Result whole = BlastOptimization(*q.db, q.parameters).optimize();
+    const BlastOptimization::Result whole =
+        BlastOptimization(*q.db, q.parameters(bedTonnes(blasts))).optimize();
     const OptimizationModel model;
     const LinearProgramme lp1 = model.build(whole.request, 1);
     const LinearProgramme lp2 = model.build(whole.request, 2);
@@ -246,6 +244,35 @@ void clinkerSolves(benchmark::State& state, int sources)
     }
 }
 
+/// kilnova-cli optimize blasts on the whole quarry, timed by the child's CPU time. Without the dump,
+/// its folder lies under a plain file, so that the dump cannot be opened and is skipped.
+void commandLine(benchmark::State& state, int blasts, double tonnage, bool dump)
+{
+    Quarry& q = quarry(blasts);
+    const std::string project = q.projectFor(tonnage);
+    QFile blocker(q.dir.filePath("blocker"));
+    if (!dump && !blocker.exists() && blocker.open(QIODevice::WriteOnly))
+        blocker.close();
+    const std::string data =
+        "XDG_DATA_HOME=" +
+        q.dir.filePath(dump ? QStringLiteral("data") : QStringLiteral("blocker/data")).toStdString();
+    const std::string home = "HOME=" + q.dir.path().toStdString();
+    bench::ChildCost cost;
+    double seconds = 0.0;
+    int failed = 0;
+    for (auto _ : state) {
+        cost = bench::runChild({KILNOVA_CLI, "optimize", "blasts", project},
+                               q.dir.filePath("report.txt").toStdString(), {data, home});
+        state.SetIterationTime(cost.cpuSeconds);
+        seconds += cost.cpuSeconds;
+        failed += cost.status != 0;
+    }
+    if (failed > 0)
+        state.SkipWithError("kilnova-cli optimize failed");
+    state.counters["child_cpu_us"] = seconds / static_cast<double>(state.iterations()) * 1e6;
+    state.counters["peak_MB"] = static_cast<double>(cost.peakKilobytes) / 1024.0;
+}
+
 } // namespace kilnova
 
 int main(int argc, char** argv)
@@ -254,7 +281,7 @@ int main(int argc, char** argv)
     // Named "<case>/<implementation>": the whole Optimize first, its two solves as the peer.
     for (int blasts : {10, 50, 200}) {
         const std::string name = "Optimize" + std::to_string(blasts);
-        benchmark::RegisterBenchmark((name + "/whole").c_str(), kilnova::optimizeWhole, blasts)
+        benchmark::RegisterBenchmark((name + "/whole").c_str(), kilnova::optimizeWhole, blasts, false)
             ->Unit(benchmark::kMicrosecond);
         benchmark::RegisterBenchmark((name + "/solves").c_str(), kilnova::solvesAlone, blasts)
             ->Unit(benchmark::kMicrosecond);
@@ -265,6 +292,29 @@ int main(int argc, char** argv)
             ->Unit(benchmark::kMicrosecond);
         benchmark::RegisterBenchmark((name + "/solves").c_str(), kilnova::clinkerSolves, sources)
             ->Unit(benchmark::kMicrosecond);
+    }
+    benchmark::RegisterBenchmark("Optimize2000/dump", kilnova::optimizeWhole, 2000, true)
+        ->Unit(benchmark::kMillisecond);
+    benchmark::RegisterBenchmark("Optimize2000/nodump", kilnova::optimizeWhole, 2000, false)
+        ->Unit(benchmark::kMillisecond);
+    // Whole quarries through the command line: a bed of 250,000 t, and at 5,000 blasts a fifth of the
+    // quarry (12.5 Mt), which the classic method calls infeasible and the second method solves.
+    const std::pair<int, double> runs[] = {{1000, 250000}, {5000, 250000}, {20000, 250000}, {5000, 12500000}};
+    for (const auto& [blasts, tonnes] : runs) {
+        const std::string name = "optimize_cli_" + std::to_string(blasts) + (tonnes > 1e6 ? "_fifth" : "");
+        benchmark::RegisterBenchmark((name + "/kilnova-cli").c_str(), kilnova::commandLine, blasts, tonnes,
+                                     true)
+            ->UseManualTime()
+            ->Iterations(1)
+            ->Unit(benchmark::kMillisecond);
+    }
+    // The dump's share of a whole run through the command line, as a user meets it.
+    for (const bool dump : {true, false}) {
+        benchmark::RegisterBenchmark(dump ? "optimize_cli_2000/kilnova-cli" : "optimize_cli_2000/nodump",
+                                     kilnova::commandLine, 2000, 250000.0, dump)
+            ->UseManualTime()
+            ->Iterations(3)
+            ->Unit(benchmark::kMillisecond);
     }
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

@@ -1,11 +1,13 @@
 #include "PeerSolvers.h"
 
+#include "solver/BoundedSimplex.h"
 #include "solver/ClpSolve.h"
 
 #include <ClpSimplex.hpp>
 #include <benchmark/benchmark.h>
 #include <glpk.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -18,28 +20,33 @@ constexpr double kNotOptimal = std::numeric_limits<double>::quiet_NaN();
 
 } // namespace
 
-PreparedProblem prepare(const LpProblem& problem)
+PreparedProblem prepare(const SparseProblem& problem)
 {
     PreparedProblem p;
     p.rows = problem.rowCount();
     p.columns = problem.columns;
+    p.sense = problem.sense;
     p.minimise = problem.sense == -1;
     p.objective = problem.objective;
     p.kinds = problem.kinds;
+    p.rhs = problem.rhs;
     p.tripletRow.push_back(0);
     p.tripletColumn.push_back(0);
     p.tripletValue.push_back(0.0);
-    for (int j = 0; j < p.columns; ++j) {
-        p.columnStart.push_back(static_cast<int>(p.value.size()));
-        for (int i = 0; i < p.rows; ++i) {
-            const double a = problem.rows[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
-            if (a == 0.0)
-                continue;
-            p.rowIndex.push_back(i);
-            p.value.push_back(a);
+    std::vector<std::vector<std::pair<int, double>>> byColumn(static_cast<std::size_t>(p.columns));
+    for (int i = 0; i < p.rows; ++i) {
+        for (const auto& [j, a] : problem.rows[static_cast<std::size_t>(i)]) {
+            byColumn[static_cast<std::size_t>(j)].emplace_back(i, a);
             p.tripletRow.push_back(i + 1);
             p.tripletColumn.push_back(j + 1);
             p.tripletValue.push_back(a);
+        }
+    }
+    for (const auto& column : byColumn) {
+        p.columnStart.push_back(static_cast<int>(p.value.size()));
+        for (const auto& [i, a] : column) {
+            p.rowIndex.push_back(i);
+            p.value.push_back(a);
         }
     }
     p.columnStart.push_back(static_cast<int>(p.value.size()));
@@ -52,10 +59,55 @@ PreparedProblem prepare(const LpProblem& problem)
     return p;
 }
 
-double solveWithClp(const PreparedProblem& p)
+namespace {
+
+template <typename Solver> bool load(const PreparedProblem& p, Solver& solver)
+{
+    const auto count = [&p](int kind) {
+        return static_cast<int>(std::count(p.kinds.begin(), p.kinds.end(), kind));
+    };
+    if (!solver.Initialize(p.rows, p.columns, p.sense, count(-1), count(0), count(1)))
+        return false;
+    for (std::size_t t = 1; t < p.tripletValue.size(); ++t)
+        solver.SetCoefficient(p.tripletRow[t], p.tripletColumn[t], p.tripletValue[t]);
+    for (int i = 0; i < p.rows; ++i)
+        solver.SetConstraint(i + 1, p.rhs[static_cast<std::size_t>(i)], p.kinds[static_cast<std::size_t>(i)]);
+    for (int j = 0; j < p.columns; ++j)
+        solver.SetObjectiveCoefficient(j + 1, p.objective[static_cast<std::size_t>(j)]);
+    return true;
+}
+
+} // namespace
+
+double solveWithKilnova(const PreparedProblem& p)
+{
+    {
+        ClpSolve classic;
+        load(p, classic);
+        if (classic.Solve() == ClpSolve::kOptimal) {
+            for (int j = 1; j <= p.columns; ++j) {
+                double value = 0.0;
+                benchmark::DoNotOptimize(classic.GetVariableValue(j, value));
+                benchmark::DoNotOptimize(value);
+            }
+            return classic.GetObjectiveValue();
+        }
+    }
+    BoundedSimplex second;
+    load(p, second);
+    if (second.Solve() != BoundedSimplex::Status::Optimal)
+        return kNotOptimal;
+    for (int j = 1; j <= p.columns; ++j)
+        benchmark::DoNotOptimize(second.value(j));
+    return second.objective();
+}
+
+double solveWithClp(const PreparedProblem& p, double seconds)
 {
     ClpSimplex model;
     model.setLogLevel(0);
+    if (seconds > 0)
+        model.setMaximumSeconds(seconds);
     // Column bounds default to [0, +inf), as in the caller's problem.
     model.loadProblem(p.columns, p.rows, p.columnStart.data(), p.rowIndex.data(), p.value.data(), nullptr,
                       nullptr, p.objective.data(), p.rowLower.data(), p.rowUpper.data());
@@ -69,7 +121,7 @@ double solveWithClp(const PreparedProblem& p)
     return model.objectiveValue();
 }
 
-double solveWithGlpk(const PreparedProblem& p)
+double solveWithGlpk(const PreparedProblem& p, double seconds)
 {
     glp_term_out(GLP_OFF);
     glp_prob* lp = glp_create_prob();
@@ -94,6 +146,8 @@ double solveWithGlpk(const PreparedProblem& p)
     glp_smcp parm;
     glp_init_smcp(&parm);
     parm.msg_lev = GLP_MSG_OFF;
+    if (seconds > 0)
+        parm.tm_lim = static_cast<int>(seconds * 1000);
     double result = kNotOptimal;
     if (glp_simplex(lp, &parm) == 0 && glp_get_status(lp) == GLP_OPT) {
         for (int j = 1; j <= p.columns; ++j)

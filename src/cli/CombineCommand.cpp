@@ -4,11 +4,14 @@
 #include "cli/CliWording.h"
 #include "cli/CombineOptions.h"
 #include "combine/BlastCombiner.h"
+#include "common/DeviceSink.h"
 #include "common/MessageTable.h"
 #include "common/UserPrompt.h"
 #include "project/ProjectFileError.h"
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 
 namespace kilnova {
 
@@ -99,16 +102,22 @@ int CombineCommand::run(const QStringList& args)
             return fail();
         }
     }
-    const std::optional<CombinationOutcome> outcome = combiner.combine();
+    // The report goes to standard output as it is built, in plain line ends.
+    mOut.flush();
+    QFile standardOutput;
+    QIODevice* device = mOut.device();
+    if (device == nullptr) {
+        standardOutput.open(stdout, QIODevice::WriteOnly);
+        device = &standardOutput;
+    }
+    DeviceSink report(*device, "\n");
+    const std::optional<CombinationOutcome> outcome = combiner.combine(report);
     combiner.close();
     if (!outcome)
         return fail();
+    report.write("\n");
     if (options.save && !save())
         return 1;
-    QString report = outcome->report;
-    report.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    mOut << report << '\n';
-    mOut.flush();
     return 0;
 }
 

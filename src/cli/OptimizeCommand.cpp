@@ -5,6 +5,7 @@
 #include "cli/OptimizeKind.h"
 #include "common/MessageTable.h"
 #include "database/DatabaseError.h"
+#include "optimise/OptimizationModel.h"
 #include "optimise/StoreRefused.h"
 #include "project/ProjectFileError.h"
 #include "render/BlendChartRenderer.h"
@@ -160,7 +161,11 @@ int OptimizeCommand::run(const QStringList& args)
             return 1;
 
         run->optimize();
-        const int status = finish(options.json(), run->json(), run->solved(), run->failure(), run->report());
+        QJsonObject result = run->json();
+        if (run->solved())
+            result["method"] =
+                run->outcome().method == OptimizationOutcome::Method::Second ? "second" : "classic";
+        const int status = finish(options.json(), result, run->solved(), run->failure(), run->report());
         if (status != 0)
             return status;
         for (const QString& warning : run->warnings())

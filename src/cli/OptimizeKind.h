@@ -17,6 +17,7 @@
 namespace kilnova {
 
 class OptimizationSettings;
+struct OptimizationOutcome;
 struct CliProject;
 struct ProjectSettings;
 
@@ -65,6 +66,7 @@ public:
     virtual void optimize() = 0;
     virtual bool solved() const = 0;
     virtual QString message() const = 0;
+    virtual const OptimizationOutcome& outcome() const = 0;
     /// The message of a failed run as the command line says it.
     virtual QString failure() const { return message(); }
     virtual QString report() const = 0;

@@ -62,6 +62,7 @@ public:
     void optimize() override { mResult = mOptimization.optimize(OptimizationSettings::debugFilePath()); }
     bool solved() const override { return mResult.outcome.solved; }
     QString message() const override { return mResult.outcome.message; }
+    const OptimizationOutcome& outcome() const override { return mResult.outcome; }
     QString report() const override { return mResult.report; }
 
 protected:

@@ -219,11 +219,25 @@ std::vector<int> BlastCombiner::targetProperties() const
     return properties;
 }
 
-std::optional<CombinationOutcome> BlastCombiner::combine(const CombinationProgress& progress)
+std::optional<CombinationOutcome> BlastCombiner::combine(ReportSink& report,
+                                                         const CombinationProgress& progress)
 {
     const QStringList names = selectedNames();
     if (names.size() < CSuccessfulComb::kSize) {
         mUi.showMessage(message(Msg::SelectTwoSources), UserPrompt::Icon::Warning);
+        return std::nullopt;
+    }
+    // Every pair of the selection may succeed, and each one that does is kept.
+    const auto n = static_cast<std::uint64_t>(names.size());
+    const std::uint64_t needed = MemoryGuard::pairwise(n, kBytesPerPair, kBytesPerBlast);
+    if (!mMemory.fits(needed)) {
+        const auto megabytes = [](std::uint64_t bytes) {
+            return QString::number((bytes + (1 << 20) - 1) >> 20);
+        };
+        mUi.showMessage(message(Msg::SelectionTooLarge,
+                                {QString::number(n), megabytes(needed), megabytes(mMemory.machine()),
+                                 QString::number(mMemory.largestPairwise(kBytesPerPair, kBytesPerBlast))}),
+                        UserPrompt::Icon::Warning);
         return std::nullopt;
     }
     auto request = CombinationRequest::fromParameters(mParameters, mPeriod);
@@ -244,10 +258,11 @@ std::optional<CombinationOutcome> BlastCombiner::combine(const CombinationProgre
         return std::nullopt;
     }
     CombinationOutcome outcome =
-        CombinationSearch(std::get<CombinationRequest>(std::move(request)), std::move(series)).run(progress);
+        CombinationSearch(std::get<CombinationRequest>(std::move(request)), std::move(series))
+            .run(report, progress);
     if (outcome.cancelled)
         return std::nullopt;
-    if (outcome.successes.empty()) {
+    if (outcome.pairs.empty()) {
         mUi.showMessage(withCounts(message(Msg::SuccessfulCombinations), {0, CSuccessfulComb::kSize}),
                         UserPrompt::Icon::Information);
         return std::nullopt;

@@ -4,6 +4,7 @@
 #include "combine/CombinationOutcome.h"
 #include "combine/CombinationSearch.h"
 #include "combine/WorkingBlastTables.h"
+#include "common/MemoryGuard.h"
 
 #include <QSet>
 #include <QString>
@@ -15,6 +16,7 @@
 namespace kilnova {
 
 class ProjectDatabase;
+class ReportSink;
 class UserPrompt;
 
 /// Everything the "Combine Blasts" dialog does, without the widgets: the working copies, the source
@@ -62,10 +64,18 @@ public:
     /// The properties with a target, in property order.
     std::vector<int> targetProperties() const;
 
-    /// "Combine": checks the selection and the settings, loads the series and runs. Returns the
-    /// outcome to show when at least one pair succeeded; otherwise the user has been told why, or
-    /// the run was cancelled, and there is nothing to show.
-    std::optional<CombinationOutcome> combine(const CombinationProgress& progress = {});
+    /// "Combine": checks the selection, the settings and the memory the selection could need, loads
+    /// the series and runs, the report going to `report` as it is built. Returns the outcome to
+    /// show when at least one pair succeeded; otherwise the user has been told why, or the run was
+    /// cancelled, and there is nothing to show.
+    std::optional<CombinationOutcome> combine(ReportSink& report, const CombinationProgress& progress = {});
+
+    /// Every successful pair is kept in memory: this much for each pair a selection may make, and
+    /// this much for each blast of the series.
+    static constexpr std::uint64_t kBytesPerPair = sizeof(SuccessfulPair);
+    static constexpr std::uint64_t kBytesPerBlast = 512;
+    /// The guard the selections are checked against (this computer's unless set otherwise).
+    void setMemoryGuard(const MemoryGuard& guard) { mMemory = guard; }
 
     /// The results window closed with this period and this pair chosen: when the period went up
     /// ("Update Blasts") the pair is taken out of the working blasts and the period adopted.
@@ -88,6 +98,7 @@ private:
     int mPeriod = 1;
     std::vector<WorkingBlastTables::Source> mSources;
     QSet<QString> mSelected;
+    MemoryGuard mMemory;
 };
 
 } // namespace kilnova

@@ -78,6 +78,8 @@ CombinationSearch::CombinationSearch(CombinationRequest request, std::vector<BLA
             mCoefficient.push_back(
                 gradeCoefficient(b.Values, *mRequest.targetProperty, mRequest.targetValue, c));
     }
+    for (const BLASTSD& b : mSeries)
+        mNames.push_back(b.Name.toUtf8());
     // The series totals do not depend on the pair: gather them once instead of once per pair.
     for (const BLASTSD& b : mSeries) {
         mSeriesQuantity += b.Quantity;
@@ -90,18 +92,23 @@ CombinationSearch::CombinationSearch(CombinationRequest request, std::vector<BLA
     }
 }
 
-CombinationOutcome CombinationSearch::run(const CombinationProgress& progress) const
+CombinationOutcome CombinationSearch::run(ReportSink& sink, const CombinationProgress& progress) const
 {
     const int n = static_cast<int>(mSeries.size());
     CombinationOutcome outcome;
     outcome.seriesSize = n;
-    CombinationReport report(mRequest);
+    CombinationReport report(mRequest, sink);
     report.addHeader(n);
+    const auto nameOf = [this](int index) {
+        const QByteArray& name = mNames[static_cast<std::size_t>(index)];
+        return std::string_view(name.constData(), static_cast<std::size_t>(name.size()));
+    };
 
     const long long pairCount = static_cast<long long>(n) * (n - 1) / 2;
     long long done = 0;
     double best = 1e39;
-    CSuccessfulComb bestPair;
+    SuccessfulPair bestPair{{0, 0}, {0.0, 0.0}};
+    bool anyBest = false;
     Analysis bestCombined{};
     double bestDeviation = 0.0;
     const int rankedOn = mRequest.rankingProperty;
@@ -138,23 +145,33 @@ CombinationOutcome CombinationSearch::run(const CombinationProgress& progress) c
                 }
                 break;
             }
-            CSuccessfulComb found{{blast(i).Name, blast(j).Name}, pair.taken};
+            const SuccessfulPair found{{i, j}, pair.taken};
             if (isBest) {
-                outcome.bestIndex = static_cast<int>(outcome.successes.size());
+                outcome.bestIndex = static_cast<int>(outcome.pairs.size());
                 bestPair = found;
+                anyBest = true;
                 bestCombined = pair.combined;
                 bestDeviation = pair.deviation;
             }
-            outcome.successes.push_back(std::move(found));
-            report.addSuccessfulPair(static_cast<long>(outcome.successes.size()), outcome.successes.back(),
-                                     {blast(i).Quantity, blast(j).Quantity}, pair.total, best, pair.combined);
+            outcome.pairs.push_back(found);
+            report.addSuccessfulPair(static_cast<long>(outcome.pairs.size()), {nameOf(i), nameOf(j)},
+                                     pair.taken, {blast(i).Quantity, blast(j).Quantity}, pair.total, best,
+                                     pair.combined);
         }
         done += n - 1 - i;
     }
-    report.addBestSolution(outcome.bestIndex + 1, bestPair, bestDeviation, bestCombined);
-    if (!outcome.successes.empty())
-        report.addTotal(static_cast<long>(outcome.successes.size()));
-    outcome.report = report.take();
+    // With no best pair the block names nobody and takes nothing.
+    const std::array<std::string_view, 2> bestNames =
+        anyBest ? std::array{nameOf(bestPair.blasts[0]), nameOf(bestPair.blasts[1])}
+                : std::array<std::string_view, 2>{};
+    report.addBestSolution(outcome.bestIndex + 1, bestNames, bestPair.tonnes, bestDeviation, bestCombined);
+    if (!outcome.pairs.empty()) {
+        report.addTotal(static_cast<long>(outcome.pairs.size()));
+        report.finish();
+    }
+    outcome.names.reserve(mSeries.size());
+    for (const BLASTSD& b : mSeries)
+        outcome.names.push_back(b.Name);
     return outcome;
 }
 

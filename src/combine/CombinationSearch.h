@@ -4,11 +4,15 @@
 #include "combine/CombinationOutcome.h"
 #include "combine/CombinationRequest.h"
 
+#include <QByteArray>
+
 #include <array>
 #include <functional>
 #include <vector>
 
 namespace kilnova {
+
+class ReportSink;
 
 /// Called once per blast of the outer loop with the pairs tried so far and the number of pairs;
 /// returning false cancels the run.
@@ -21,7 +25,8 @@ class CombinationSearch final {
 public:
     CombinationSearch(CombinationRequest request, std::vector<BLASTSD> series);
 
-    CombinationOutcome run(const CombinationProgress& progress = {}) const;
+    /// The run; its report goes to `report` as it is built (nothing at all when no pair succeeds).
+    CombinationOutcome run(ReportSink& report, const CombinationProgress& progress = {}) const;
 
 private:
     struct Pair {
@@ -43,6 +48,7 @@ private:
 
     CombinationRequest mRequest;
     std::vector<BLASTSD> mSeries;
+    std::vector<QByteArray> mNames; // UTF-8, as the report prints them
     /// 2 with a grade target (grade and tonnage), 1 with the tonnage alone.
     int mEquations = 1;
     /// Per blast: its coefficient in the grade equation.

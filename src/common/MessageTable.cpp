@@ -230,6 +230,14 @@ const QHash<int, QString>& table()
         {32009, QStringLiteral("The table stkpiles of %1 holds none of the four Actual stockpiles.\nNothing "
                                "was changed.")},
         {32010, QStringLiteral("%1 Actual stockpiles were replaced from %2.")},
+
+        {32100,
+         QStringLiteral("A blend that meets every limit exists all the same. Kilnova's second method (a "
+                        "bounded-variable simplex in double precision) found the one below; it can be "
+                        "stored like any other.")},
+        {32101,
+         QStringLiteral("Trying every pair of %1 blasts could take %2 MB of memory, more than half of the "
+                        "%3 MB of this computer. Select at most %4 blasts, then combine again.")},
     };
     return texts;
 }

@@ -157,6 +157,9 @@ enum class Msg : int {
     ExternalNotANumber,
     ExternalNoActual,
     ActualRefreshed,
+    // Large selections (32100-32199).
+    SecondMethodFound = 32100,
+    SelectionTooLarge,
 };
 
 /// The exact text of a message with %1, %2, ... filled in from args (numbers are formatted by the

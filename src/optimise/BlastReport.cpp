@@ -25,8 +25,8 @@ QString BlastReport::build(const OptimizationRequest& request, const Optimizatio
                            const QStringList& constraintTexts, const BlendSummary& blend)
 {
     const QString elementName = QString::fromLatin1(name(request.element));
-    QString text = OptimizationModel::reportHead(QStringLiteral("Blast Optimization Results"), request.mode,
-                                                 elementName, constraintTexts);
+    QString text = OptimizationModel::reportHead(outcome, QStringLiteral("Blast Optimization Results"),
+                                                 request.mode, elementName, constraintTexts);
     text += QStringLiteral("Optimized blast results\r\n\r\n");
     const double total = outcome.total();
     for (std::size_t j = 0; j < request.sources.size(); ++j) {

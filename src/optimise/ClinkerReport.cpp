@@ -24,8 +24,8 @@ double percent(double part, double whole)
 QString ClinkerReport::build(const ClinkerRequest& r, const OptimizationOutcome& outcome,
                              const QStringList& constraintTexts, const ClinkerBalance& b)
 {
-    QString text = OptimizationModel::reportHead(QStringLiteral("Clinker Optimization Results"), r.mode,
-                                                 elementName(r.element), constraintTexts);
+    QString text = OptimizationModel::reportHead(outcome, QStringLiteral("Clinker Optimization Results"),
+                                                 r.mode, elementName(r.element), constraintTexts);
     text += QString::fromStdString(r.process.reportBlock());
 
     for (std::size_t j = 0; j < r.sources.size(); ++j) {

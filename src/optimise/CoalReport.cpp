@@ -23,7 +23,7 @@ QString CoalReport::mixCharacteristics(const CoalSummary& mix)
 QString CoalReport::build(const std::vector<CoalSource>& coals, const OptimizationOutcome& outcome, int mode,
                           int property, const QStringList& constraintTexts, const CoalSummary& mix)
 {
-    QString text = OptimizationModel::reportHead(QStringLiteral("Coal Optimization Results"), mode,
+    QString text = OptimizationModel::reportHead(outcome, QStringLiteral("Coal Optimization Results"), mode,
                                                  CoalProperties::names().value(property), constraintTexts);
     text += QStringLiteral("Optimized coal results\r\n\r\n");
     const double total = outcome.total();

@@ -2,6 +2,7 @@
 
 #include "common/MessageTable.h"
 #include "optimise/ReportLines.h"
+#include "solver/BoundedSimplex.h"
 #include "solver/ClpSolve.h"
 
 #include <QDir>
@@ -196,16 +197,13 @@ LinearProgramme OptimizationModel::build(const BlendProblem& p, int programme) c
         addRow(elementRow(p.element, p.target), 0.0, programme == 1 ? ClpSolve::kAtLeast : ClpSolve::kAtMost,
                Role::Target, p.element);
     }
+    // A source's bounds hold their one coefficient in its column, not n - 1 zeros besides.
     for (std::size_t j = 0; j < n; ++j) {
-        std::vector<double> unit(n, 0.0);
-        unit[j] = 1.0;
         const int source = static_cast<int>(j);
-        if (p.sources[j].available) {
-            addRow(unit, 0.0, ClpSolve::kAtLeast, Role::SourceMinimum, source);
-            addRow(std::move(unit), *p.sources[j].available, ClpSolve::kAtMost, Role::SourceMaximum, source);
-        } else {
-            addRow(std::move(unit), 0.0, ClpSolve::kAtLeast, Role::SourceMinimum, source);
-        }
+        lp.rowList.push_back({{}, 0.0, ClpSolve::kAtLeast, Role::SourceMinimum, source, source});
+        if (p.sources[j].available)
+            lp.rowList.push_back(
+                {{}, *p.sources[j].available, ClpSolve::kAtMost, Role::SourceMaximum, source, source});
     }
     if (p.tonnageRow) {
         addRow(p.tonnageWeights.empty() ? std::vector<double>(n, 1.0) : p.tonnageWeights, p.tonnage,
@@ -274,26 +272,33 @@ OptimizationOutcome OptimizationModel::run(const BlendProblem& r,
         return outcome;
     }
 
+    const LinearProgramme programme1 = build(r, 1);
+    const LinearProgramme programme2 = build(r, 2);
     ClpSolve lp1, lp2;
-    if (!build(r, 1).loadInto(lp1) || !build(r, 2).loadInto(lp2)) {
+    if (!programme1.loadInto(lp1) || !programme2.loadInto(lp2)) {
         outcome.message = message(Msg::CannotInitialize);
         return outcome;
     }
     if (beforeSolve)
         beforeSolve(lp1);
     int code1 = 0, code2 = 0;
+    bool stopped = false;
     try {
         code1 = lp1.Solve();
         code2 = lp2.Solve();
     } catch (const std::invalid_argument&) {
-        outcome.message = message(Msg::CannotDeriveOptimum);
-        return outcome;
+        stopped = true;
     }
 
-    const int chosen = chooseProgramme(r.mode, r.target, code1, code1 == 1 ? lp1.GetObjectiveValue() : 0.0,
-                                       code2, code2 == 1 ? lp2.GetObjectiveValue() : 0.0);
+    const int chosen =
+        stopped ? 0
+                : chooseProgramme(r.mode, r.target, code1, code1 == 1 ? lp1.GetObjectiveValue() : 0.0, code2,
+                                  code2 == 1 ? lp2.GetObjectiveValue() : 0.0);
     if (chosen == 0) {
-        outcome.message = messageForCode(code1);
+        outcome.message = stopped ? message(Msg::CannotDeriveOptimum) : messageForCode(code1);
+        // Rows that do not match their counts are the caller's mistake, not the method's.
+        if (stopped || (code1 != ClpSolve::kRowsInconsistent && code2 != ClpSolve::kRowsInconsistent))
+            solveBySecondMethod(r, programme1, programme2, outcome);
         return outcome;
     }
 
@@ -308,6 +313,32 @@ OptimizationOutcome OptimizationModel::run(const BlendProblem& r,
             outcome.values.emplace_back(std::nullopt);
     }
     return outcome;
+}
+
+void OptimizationModel::solveBySecondMethod(const BlendProblem& r, const LinearProgramme& programme1,
+                                            const LinearProgramme& programme2,
+                                            OptimizationOutcome& outcome) const
+{
+    BoundedSimplex second1, second2;
+    if (!programme1.loadInto(second1) || !programme2.loadInto(second2))
+        return;
+    const auto code = [](BoundedSimplex& s) {
+        return s.Solve() == BoundedSimplex::Status::Optimal ? ClpSolve::kOptimal : ClpSolve::kInfeasible;
+    };
+    // Outside Target mode the two programmes are the same.
+    const int code1 = code(second1);
+    const int code2 = r.mode == 0 ? code(second2) : code1;
+    const int chosen =
+        chooseProgramme(r.mode, r.target, code1, second1.objective(), code2, second2.objective());
+    if (chosen == 0)
+        return;
+    const BoundedSimplex& solver = chosen == 1 ? second1 : second2;
+    outcome.solved = true;
+    outcome.method = OptimizationOutcome::Method::Second;
+    outcome.programme = chosen;
+    outcome.values.clear();
+    for (std::size_t j = 0; j < r.sources.size(); ++j)
+        outcome.values.emplace_back(solver.value(static_cast<int>(j) + 1));
 }
 
 int OptimizationModel::chooseProgramme(int mode, double target, int code1, double objective1, int code2,
@@ -347,6 +378,20 @@ QString OptimizationModel::messageForCode(int code)
     default:
         return message(Msg::CannotDeriveOptimum);
     }
+}
+
+QString OptimizationModel::secondMethodPreface(const OptimizationOutcome& outcome)
+{
+    if (!outcome.solved || outcome.method != OptimizationOutcome::Method::Second)
+        return {};
+    return outcome.message + QStringLiteral("\r\n\r\n") + message(Msg::SecondMethodFound) +
+           QStringLiteral("\r\n\r\n");
+}
+
+QString OptimizationModel::reportHead(const OptimizationOutcome& outcome, const QString& title, int mode,
+                                      const QString& elementName, const QStringList& constraintTexts)
+{
+    return secondMethodPreface(outcome) + reportHead(title, mode, elementName, constraintTexts);
 }
 
 QString OptimizationModel::reportHead(const QString& title, int mode, const QString& elementName,

@@ -36,6 +36,10 @@ struct OptimizationOutcome {
     std::vector<std::optional<double>> values;
     /// 1 or 2: the programme whose solution was taken.
     int programme = 0;
+    /// Which method found the blend. The second one is tried only when the classic one ends
+    /// without an optimum; `message` then keeps what the classic one said.
+    enum class Method { Classic, Second };
+    Method method = Method::Classic;
 
     /// Tonnes below this are not taken at all.
     static constexpr double kSmallestTonnage = 0.005;
@@ -103,7 +107,14 @@ public:
     static int chooseProgramme(int mode, double target, int code1, double objective1, int code2,
                                double objective2);
 
-    /// Title line, what was done to which element, and the constraints applied.
+    /// What a report opens with when the second method found the blend: the classic method's
+    /// message, then the note that a blend exists and was found by the second method. Empty
+    /// otherwise.
+    static QString secondMethodPreface(const OptimizationOutcome& outcome);
+    /// Title line, what was done to which element, and the constraints applied; above them the
+    /// second method's preface when that method found the blend. Every kind's report opens with it.
+    static QString reportHead(const OptimizationOutcome& outcome, const QString& title, int mode,
+                              const QString& elementName, const QStringList& constraintTexts);
     static QString reportHead(const QString& title, int mode, const QString& elementName,
                               const QStringList& constraintTexts);
     /// The debug dump to give run(): writes the first programme to `path` (nothing for an empty path;
@@ -113,6 +124,10 @@ public:
     static QString messageForCode(int code);
 
 private:
+    /// Both programmes by the second method, when the classic one ended without an optimum.
+    void solveBySecondMethod(const BlendProblem& problem, const LinearProgramme& programme1,
+                             const LinearProgramme& programme2, OptimizationOutcome& outcome) const;
+
     ChemEquationCoefficients mCoefficients;
 };
 

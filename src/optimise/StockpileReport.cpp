@@ -49,7 +49,7 @@ QString StockpileReport::build(const BlendProblem& problem, const std::vector<Re
                                const OptimizationOutcome& outcome, const QStringList& productTexts,
                                const QStringList& leftTexts, const ChemEquationCoefficients& coefficients)
 {
-    QString text = OptimizationModel::reportHead(QStringLiteral("Stockpile Optimization Results"),
+    QString text = OptimizationModel::reportHead(outcome, QStringLiteral("Stockpile Optimization Results"),
                                                  problem.mode, elementName(problem.element), productTexts);
     text += ReportLines::constraints(
         QStringLiteral("List of Constraints on material left in the stockpiles:"), leftTexts);

@@ -55,6 +55,11 @@ std::optional<QString> PictureFile::write(const QString& path, const QSizeF& siz
     bool painted = false;
     switch (*format) {
     case Format::Png: {
+        // Refused before allocating: with memory overcommitted, a huge image could be granted and
+        // the machine exhausted only when it is painted.
+        const double pixels = std::ceil(size.width()) * std::ceil(size.height());
+        if (!(pixels <= kMaxPixels))
+            return notWritten(path, QStringLiteral("The picture is too large."));
         QImage image(
             QSize(static_cast<int>(std::ceil(size.width())), static_cast<int>(std::ceil(size.height()))),
             QImage::Format_ARGB32_Premultiplied);

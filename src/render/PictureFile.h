@@ -20,6 +20,9 @@ public:
 
     PictureFile() = delete;
 
+    /// The largest PNG drawn: 10⁸ pixels, 400 MB in memory.
+    static constexpr double kMaxPixels = 1e8;
+
     /// By the name's ending, in any case; nothing for another one.
     static std::optional<Format> formatOf(const QString& path);
     /// The file dialog's filter for the three formats.

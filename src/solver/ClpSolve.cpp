@@ -1,10 +1,10 @@
 #include "solver/ClpSolve.h"
 
+#include "solver/ProgrammeDump.h"
+
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <limits>
 
 namespace kilnova {
@@ -30,7 +30,10 @@ bool isFinite(double v)
 
 } // namespace
 
-ClpSolve::ClpSolve() = default;
+ClpSolve::ClpSolve()
+{
+    mBinv.setWholeLimit(kWholeInverseLimit);
+}
 
 void ClpSolve::resetCounts()
 {
@@ -43,19 +46,18 @@ void ClpSolve::resetCounts()
 
 void ClpSolve::releaseArrays()
 {
-    mA.clear();
-    mAPattern.clear();
-    mAStart.clear();
-    mARows.clear();
+    mA.reset(0, 0);
     mBinv.clear();
-    mBasicCostPattern.clear();
-    mAlphaPattern.clear();
-    mDualChanged.clear();
     for (CheckedArray<double>* a :
-         {&mRhs, &mXB, &mDual, &mFreshDual, &mBasicCost, &mAlpha, &mObjectiveCoefficient, &mCost, &mReduced})
+         {&mRhs, &mXB, &mDual, &mFreshDual, &mBasicCost, &mObjectiveCoefficient, &mCost, &mReduced})
         a->clear();
-    for (CheckedArray<int>* a : {&mKind, &mBasis, &mNonBasic, &mColumnState})
+    for (CheckedArray<int>* a :
+         {&mKind, &mBasis, &mBasicRow, &mNonBasic, &mPosition, &mColumnState, &mStaleMark})
         a->clear();
+    mAlpha.reset(0);
+    mRowProduct.reset(0);
+    mPricing.reset(0);
+    mBasisSet = false;
 }
 
 bool ClpSolve::Initialize(int rows, int columns, int sense, int countAtLeast, int countEqual, int countAtMost)
@@ -71,31 +73,16 @@ bool ClpSolve::Initialize(int rows, int columns, int sense, int countAtLeast, in
         releaseArrays();
         return false;
     }
-
     mCapacityRows = mRows + 30;
     mCapacityColumns = 2 * mRows + mColumns + 32;
-    const int rowSide = 2 * mCapacityRows;
-    const int columnSide = 2 * mCapacityColumns;
-
-    // The vectors have the full capacities, whose range check the phase-1 start relies on. The
-    // matrices hold what the method reads: rows 1..m of the structural columns, and the m x m
-    // inverse.
-    mA.reset(mColumns + 1, mRows + 1);
-    mAPattern.reset(mColumns + 1, mRows + 1);
-    mAStart.reset(mColumns + 2);
-    mARows.reset(mColumns * mRows);
-    mBinv.reset(mRows);
-    mBasicCostPattern.reset(1, mRows + 1);
-    mAlphaPattern.reset(1, mRows + 1);
-    mDualChanged.reset(1, mRows + 1);
-    for (CheckedArray<double>* a : {&mRhs, &mXB, &mDual, &mFreshDual, &mBasicCost, &mAlpha})
-        a->reset(rowSide);
-    for (CheckedArray<int>* a : {&mKind, &mBasis})
-        a->reset(rowSide);
-    for (CheckedArray<double>* a : {&mObjectiveCoefficient, &mCost, &mReduced})
-        a->reset(columnSide);
-    for (CheckedArray<int>* a : {&mNonBasic, &mColumnState})
-        a->reset(columnSide);
+    releaseArrays();
+    mA.reset(mRows, mColumns);
+    mRhs.reset(mRows + 1);
+    mKind.reset(mRows + 1);
+    mObjectiveCoefficient.reset(mColumns + 1);
+    // Read before Solve, the basis is all zeros and xB too.
+    mBasis.reset(mRows + 1);
+    mXB.reset(mRows + 1);
     return true;
 }
 
@@ -103,7 +90,7 @@ bool ClpSolve::SetCoefficient(int row, int column, double value)
 {
     if (row < 1 || row > mRows || column < 1 || column > mColumns)
         return false;
-    a(row, column) = value;
+    mA.set(row, column, value);
     return true;
 }
 
@@ -126,28 +113,33 @@ bool ClpSolve::SetObjectiveCoefficient(int column, double value)
 
 void ClpSolve::DumpToFile(const std::string& fileName) const
 {
-    std::FILE* file = std::fopen(fileName.c_str(), "w");
-    if (file == nullptr)
-        return;
-    char field[512];
-    std::string line;
-    for (int i = 1; i <= mRows; ++i) {
-        line.clear();
-        for (int j = 1; j <= mColumns; ++j) {
-            std::snprintf(field, sizeof field, "%10.2lf", a(i, j));
-            line += field;
-        }
-        std::snprintf(field, sizeof field, "%10.2lf", mRhs[i]);
-        line += field;
-        line += " IBT: ";
-        std::snprintf(field, sizeof field, "%4d", mKind[i]);
-        line += field;
-        std::fprintf(file, "%s\n", line.c_str());
-    }
-    std::fprintf(file, "\n\n");
-    for (int j = 1; j <= mColumns; ++j)
-        std::fprintf(file, "%10.2lf\n", mObjectiveCoefficient[j]);
-    std::fclose(file);
+    DumpToFile(fileName, ProgrammeDump::kLimit);
+}
+
+void ClpSolve::DumpToFile(const std::string& fileName, std::size_t limit) const
+{
+    ProgrammeDump::write(fileName, mA, mRhs.range(0, mRows), mKind.range(0, mRows),
+                         mObjectiveCoefficient.range(0, mColumns), limit);
+}
+
+void ClpSolve::sizeWorkingArrays()
+{
+    const int rowSide = mRows + 1;
+    const int columnSide = mTotalColumns + 1;
+    for (CheckedArray<double>* a : {&mXB, &mDual, &mFreshDual, &mBasicCost})
+        a->reset(rowSide);
+    mBasis.reset(rowSide);
+    for (CheckedArray<double>* a : {&mCost, &mReduced})
+        a->reset(columnSide);
+    for (CheckedArray<int>* a : {&mBasicRow, &mPosition, &mColumnState, &mStaleMark})
+        a->reset(columnSide);
+    mNonBasic.reset(mLastNonBasicStart + 1);
+    mBinv.reset(mRows);
+    mAlpha.reset(rowSide);
+    mRowProduct.reset(mColumns + 1);
+    mPricing.reset(mLastNonBasicStart);
+    mChangedRows.clear();
+    mStale.clear();
 }
 
 int ClpSolve::Solve()
@@ -171,14 +163,12 @@ int ClpSolve::Solve()
     mLastRealColumn = mLastNonBasicStart + mCountAtMost;
     mTotalColumns = mLastRealColumn + mCountAtLeast + mCountEqual;
     reorderRows();
+    sizeWorkingArrays();
     setInitialBasis();
     // A coefficient that is not finite makes the skipped zero terms count from the start.
-    bool finite = true;
-    for (int j = 1; j <= mColumns; ++j) {
+    bool finite = mA.allFinite();
+    for (int j = 1; j <= mColumns; ++j)
         finite = finite && isFinite(mObjectiveCoefficient[j]);
-        for (const double v : mA.row(j, 1, mRows))
-            finite = finite && isFinite(v);
-    }
     if (!finite)
         mBinv.usePlainLoops();
 
@@ -197,7 +187,7 @@ int ClpSolve::Solve()
         mSmallestPivot = std::min(mSmallestPivot, std::fabs(mAlpha[mLeavingRow]));
         const int leaving = mBasis[mLeavingRow];
         changeBasis(mLeavingRow, mEntering, mEnteringPosition);
-        const std::span<const int> changed = mBinv.update(mLeavingRow, mAlpha, mAlphaPattern.rowWords(0));
+        const std::span<const int> changed = mBinv.update(mLeavingRow, mAlpha);
         updateValues(mLeavingRow);
 
         ++mIterations;
@@ -216,6 +206,9 @@ int ClpSolve::Solve()
 
 void ClpSolve::normaliseSigns()
 {
+    CheckedArray<std::uint8_t> flipped;
+    flipped.reset(mRows + 1);
+    bool any = false;
     for (int i = 1; i <= mRows; ++i) {
         if (!(mRhs[i] < 0.0))
             continue;
@@ -228,17 +221,19 @@ void ClpSolve::normaliseSigns()
             --mCountAtLeast;
             ++mCountAtMost;
         }
-        for (int j = 1; j <= mColumns; ++j)
-            a(i, j) = -a(i, j);
+        flipped[i] = 1;
+        any = true;
         mRhs[i] = -mRhs[i];
     }
+    if (any)
+        mA.negateRows(flipped.range(0, mRows));
 }
 
 void ClpSolve::reorderRows()
 {
-    // Stable by kind: at-most rows, then equalities, then at-least rows, each in the caller's
-    // order. The backup keeps the rows as they were.
-    const CheckedMatrix backupA = mA;
+    // Stable by kind: at-most rows, then equalities, then at-least rows, each in the caller's order.
+    CheckedArray<int> newRow;
+    newRow.reset(mRows + 1);
     const CheckedArray<double> backupRhs = mRhs;
     const CheckedArray<int> backupKind = mKind;
     int target = 1;
@@ -246,26 +241,14 @@ void ClpSolve::reorderRows()
         for (int i = 1; i <= mRows; ++i) {
             if (backupKind[i] != kind)
                 continue;
-            for (int j = 1; j <= mColumns; ++j)
-                a(target, j) = backupA(j, i);
+            newRow[i] = target;
             mRhs[target] = backupRhs[i];
             mKind[target] = kind;
             ++target;
         }
     }
-    int entry = 0;
-    for (int j = 1; j <= mColumns; ++j) {
-        mAPattern.clearRow(j);
-        mAStart[j] = entry;
-        const auto column = mA.row(j, 0, mRows);
-        for (int i = 1; i <= mRows; ++i) {
-            if (column[static_cast<std::size_t>(i)] != 0.0) {
-                mAPattern.set(j, i);
-                mARows[entry++] = i;
-            }
-        }
-    }
-    mAStart[mColumns + 1] = entry;
+    mA.permuteRows(newRow.range(0, mRows));
+    mA.compress();
 }
 
 void ClpSolve::setInitialBasis()
@@ -275,27 +258,34 @@ void ClpSolve::setInitialBasis()
         mXB[i] = mRhs[i];
     if (mRows == mCountAtMost) {
         mPhase = 2;
-        for (int i = 1; i <= mRows; ++i) {
+        for (int i = 1; i <= mRows; ++i)
             mBasis[i] = mColumns + i;
-            mColumnState[mColumns + i] = kBasic;
-        }
     } else {
         mPhase = 1;
-        for (int i = 1; i <= mRows; ++i) {
+        for (int i = 1; i <= mRows; ++i)
             mBasis[i] = mColumns + mCountAtLeast + i;
-            mColumnState[mBasis[i]] = kBasic;
-        }
-        // Positions past m read the zeros of the over-sized array, and fail its range check when
-        // the tableau is wider than the row capacity.
+        // Positions past m held the zeros of arrays sized at twice the row capacity, and an index
+        // past that failed its range check: a tableau wider than the capacity fails here still.
+        const int capacity = 2 * mCapacityRows;
         double sum = 0.0;
-        for (int k = mCountAtMost + 1; k <= mTotalColumns; ++k)
-            sum += mXB[k];
+        for (int k = mCountAtMost + 1; k <= mTotalColumns; ++k) {
+            if (k >= capacity)
+                throwIndexOutOfRange("array", k, capacity);
+            if (k <= mRows)
+                sum += mXB[k];
+        }
         mObjective = static_cast<float>(-sum);
+    }
+    for (int i = 1; i <= mRows; ++i) {
+        mColumnState[mBasis[i]] = kBasic;
+        mBasicRow[mBasis[i]] = i;
     }
     for (int k = 1; k <= mLastNonBasicStart; ++k) {
         mNonBasic[k] = k;
+        mPosition[k] = k;
         mColumnState[k] = kNonBasic;
     }
+    mBasisSet = true;
 }
 
 void ClpSolve::computeCosts()
@@ -313,28 +303,18 @@ void ClpSolve::computeCosts()
     mObjective = static_cast<float>(z);
 }
 
-// The sums below skip terms with a zero factor, as BasisInverse does: while the values are finite
-// that changes no value, and these problems are mostly zeros. Each sum keeps its index order. Once
-// BasisInverse runs plain loops (a value is not finite), so do they.
-
 void ClpSolve::gatherBasicCost(int row)
 {
-    const double w = mCost[mBasis[row]];
-    mBasicCost[row] = w;
-    if (w != 0.0)
-        mBasicCostPattern.set(0, row);
-    else
-        mBasicCostPattern.unset(0, row);
+    mBasicCost[row] = mCost[mBasis[row]];
 }
 
 void ClpSolve::computePrices()
 {
     // dual[i] = sum over k of cost[basis[k]] * Binv[k][i], in k order.
-    mBasicCostPattern.clearRow(0);
     for (int k = 1; k <= mRows; ++k)
         gatherBasicCost(k);
     const auto dual = mDual.range(0, mRows);
-    mBinv.leftMultiply(mBasicCost.range(0, mRows), mBasicCostPattern.rowWords(0), dual);
+    mBinv.leftMultiply(mBasicCost.range(0, mRows), dual);
     bool finite = true;
     for (int i = 1; i <= mRows; ++i)
         finite = finite && isFinite(dual[static_cast<std::size_t>(i)]);
@@ -342,143 +322,161 @@ void ClpSolve::computePrices()
         mBinv.usePlainLoops();
 }
 
-void ClpSolve::priceColumns(int freshColumn, bool all)
+int ClpSolve::logicalColumnOf(int row) const
 {
-    // Reduced costs, then Dantzig's choice, in one walk over nonBasic. A structural column keeps
-    // its reduced cost unless a price it meets has changed, or it has just left the basis.
-    all = all || mBinv.plain();
-    const bool plain = mBinv.plain();
-    const auto height = static_cast<std::size_t>(mRows + 1);
-    const auto columns = mA.rows(0, mColumns);
-    const auto columnWords = mAPattern.block(0, mColumns);
-    const auto perColumn = static_cast<std::size_t>(mAPattern.wordsPerRow());
-    const auto starts = mAStart.range(0, mColumns + 1);
-    const auto rows = mARows.range(0, starts.back() - 1);
-    const auto dual = mDual.range(0, mRows);
-    const auto changedWords = mDualChanged.rowWords(0);
-    if (changedWords.size() != perColumn || dual.size() != height) [[unlikely]]
-        throwIndexOutOfRange("price vector", static_cast<int>(dual.size()), static_cast<int>(height));
-    const auto nonBasic = mNonBasic.range(0, mLastNonBasicStart);
-    const auto reduced = mReduced.range(0, mTotalColumns);
-    const auto cost = mCost.range(0, mTotalColumns);
-    const auto state = mColumnState.range(0, mTotalColumns);
-    const int firstSlack = mColumns + mCountAtLeast + 1;
-    const int surplusRowOffset = mCountAtMost + mCountEqual - mColumns; // row of surplus j: j + offset
+    if (row <= mCountAtMost)
+        return mColumns + mCountAtLeast + row;
+    if (row > mCountAtMost + mCountEqual)
+        return mColumns + (row - mCountAtMost - mCountEqual);
+    return 0;
+}
 
-    float minReduced = kHuge;
-    mEntering = 0;
-    mEnteringPosition = 0;
-    for (int k = 1; k <= mLastNonBasicStart; ++k) {
-        const int j = nonBasic[static_cast<std::size_t>(k)];
-        const auto u = static_cast<std::size_t>(j);
-        if (j <= mColumns) {
-            const std::uint64_t* words = columnWords.data() + u * perColumn;
-            bool stale = all || j == freshColumn;
-            for (std::size_t w = 0; w < perColumn && !stale; ++w)
-                stale = (words[w] & changedWords[w]) != 0;
-            if (stale) {
-                // sum over i of dual[i] * A[i][j], in i order; a zero term changes no sum
-                const double* column = columns.data() + u * height;
-                double sum = 0.0;
-                if (plain) {
-                    for (std::size_t i = 1; i < height; ++i)
-                        sum += dual[i] * column[i];
-                } else {
-                    const auto first = static_cast<std::size_t>(starts[u]);
-                    const auto last = static_cast<std::size_t>(starts[u + 1]);
-                    for (std::size_t t = first; t < last; ++t) {
-                        const auto i = static_cast<std::size_t>(rows[t]);
-                        sum += dual[i] * column[i];
-                    }
-                }
-                reduced[u] = sum - cost[u];
-            }
-        } else if (j < firstSlack) {
-            reduced[u] = -dual[static_cast<std::size_t>(j + surplusRowOffset)] - cost[u];
-        } else if (j <= mLastRealColumn) {
-            reduced[u] = dual[static_cast<std::size_t>(j - firstSlack + 1)] - cost[u];
+double ClpSolve::reducedCost(int j) const
+{
+    if (j <= mColumns) {
+        // sum over i of dual[i] * A[i][j], in i order. Only the held coefficients count while every
+        // price is finite; otherwise a zero coefficient meeting a price that is not finite counts.
+        const auto rows = mA.columnRows(j);
+        const auto values = mA.columnValues(j);
+        double sum = 0.0;
+        if (!mBinv.plain() || mNonFiniteRows.empty()) {
+            for (std::size_t t = 0; t < rows.size(); ++t)
+                sum += mDual[rows[t]] * values[t];
         } else {
-            reduced[u] = 0.0;
+            std::size_t t = 0;
+            std::size_t f = 0;
+            while (t < rows.size() || f < mNonFiniteRows.size()) {
+                const int held = t < rows.size() ? rows[t] : mRows + 1;
+                const int odd = f < mNonFiniteRows.size() ? mNonFiniteRows[f] : mRows + 1;
+                if (held <= odd) {
+                    sum += mDual[held] * values[t];
+                    ++t;
+                    f += held == odd;
+                } else {
+                    sum += mDual[odd] * 0.0;
+                    ++f;
+                }
+            }
         }
-        // Pricing: strictly below the rounded minimum, so ties go to the earliest position.
-        if (state[u] != kArtificialOut && reduced[u] < minReduced) {
-            minReduced = static_cast<float>(reduced[u]);
-            mEntering = j;
-            mEnteringPosition = k;
-        }
+        return sum - mCost[j];
     }
-    mMinReduced = minReduced;
+    if (j <= mLastNonBasicStart)
+        return -mDual[mCountAtMost + mCountEqual + (j - mColumns)] - mCost[j];
+    if (j <= mLastRealColumn)
+        return mDual[j - mColumns - mCountAtLeast] - mCost[j];
+    return 0.0;
+}
+
+void ClpSolve::priceColumns()
+{
+    mNonFiniteRows.clear();
+    if (mBinv.plain()) {
+        for (int i = 1; i <= mRows; ++i)
+            if (!isFinite(mDual[i]))
+                mNonFiniteRows.push_back(i);
+    }
+    for (int k = 1; k <= mLastNonBasicStart; ++k) {
+        const int j = mNonBasic[k];
+        mReduced[j] = reducedCost(j);
+        mPricing.setLeaf(k, mReduced[j], mColumnState[j] != kArtificialOut);
+    }
+    mPricing.rebuild();
+    choose();
+}
+
+void ClpSolve::choose()
+{
+    const PricingTree::Choice c = mPricing.choose();
+    mMinReduced = c.minimum;
+    mEnteringPosition = c.position;
+    mEntering = c.position == 0 ? 0 : mNonBasic[c.position];
 }
 
 void ClpSolve::priceAll()
 {
     computePrices();
-    priceColumns(0, true);
+    priceColumns();
+}
+
+void ClpSolve::markStale(int column)
+{
+    if (column < 1 || mPosition[column] == 0 || mStaleMark[column] == mIterations)
+        return;
+    mStaleMark[column] = mIterations;
+    mStale.push_back(column);
 }
 
 void ClpSolve::repriceAfterPivot(int row, std::span<const int> changedPositions, int leaving)
 {
-    // A pivot on row r changes the inverse only in the positions where row r was non-zero, and
-    // the weights only in row r, whose entry elsewhere stays zero: every other price keeps its
-    // sum term for term.
+    // A pivot on row r changes the inverse only in the positions where row r was non-zero, and the
+    // weights only in row r, whose entry elsewhere stays zero: every other price keeps its sum
+    // term for term, and so does every reduced cost that meets no changed price.
     gatherBasicCost(row);
     if (mBinv.plain()) {
         priceAll();
         return;
     }
     const auto fresh = mFreshDual.range(0, mRows);
-    mBinv.leftMultiplyAt(changedPositions, mBasicCost.range(0, mRows), mBasicCostPattern.rowWords(0), fresh);
-    const auto dual = mDual.range(0, mRows);
-    mDualChanged.clearRow(0);
+    mBinv.leftMultiplyAt(changedPositions, mBasicCost.range(0, mRows), fresh);
+    mChangedRows.clear();
     bool finite = true;
     for (std::size_t c = 0; c < changedPositions.size(); ++c) {
         const int i = changedPositions[c];
         const double v = fresh[c];
-        const auto u = static_cast<std::size_t>(i);
-        if (v == dual[u])
+        if (v == mDual[i])
             continue;
-        dual[u] = v;
-        mDualChanged.set(0, i);
+        mDual[i] = v;
+        mChangedRows.push_back(i);
         finite = finite && isFinite(v);
     }
-    if (!finite)
+    if (!finite) {
         mBinv.usePlainLoops();
-    priceColumns(leaving, false);
-}
-
-double ClpSolve::binvRowTimesColumn(int row, int column) const
-{
-    return mBinv.rowTimes(row, mA.row(column, 0, mRows), mAPattern.rowWords(column));
+        priceColumns();
+        return;
+    }
+    // When the changed prices meet a good share of the columns (a dense row's price changed),
+    // one pass over every column is cheaper than picking them out; an unchanged sum of the same
+    // terms comes out the same.
+    std::size_t met = 0;
+    for (const int i : mChangedRows)
+        met += mA.rowColumns(i).size() + 1;
+    if (4 * met > static_cast<std::size_t>(mLastNonBasicStart)) {
+        priceColumns();
+        return;
+    }
+    mStale.clear();
+    markStale(leaving);
+    for (const int i : mChangedRows) {
+        for (const int j : mA.rowColumns(i))
+            markStale(j);
+        markStale(logicalColumnOf(i));
+    }
+    for (const int j : mStale) {
+        mReduced[j] = reducedCost(j);
+        mPricing.set(mPosition[j], mReduced[j], mColumnState[j] != kArtificialOut);
+    }
+    choose();
 }
 
 void ClpSolve::computeAlpha(int column)
 {
-    const auto alpha = mAlpha.range(0, mRows);
-    const auto words = mAlphaPattern.block(0, 0);
     if (column <= mColumns)
-        mBinv.multiply(mA.row(column, 0, mRows), mAPattern.rowWords(column), alpha, words);
+        mBinv.multiply(mA.columnRows(column), mA.columnValues(column), mAlpha);
     else if (column <= mColumns + mCountAtLeast)
-        mBinv.multiplyUnit(mCountAtMost + mCountEqual + (column - mColumns), -1.0, alpha, words);
+        mBinv.multiplyUnit(mCountAtMost + mCountEqual + (column - mColumns), -1.0, mAlpha);
     else
-        mBinv.multiplyUnit(column - mColumns - mCountAtLeast, 1.0, alpha, words);
+        mBinv.multiplyUnit(column - mColumns - mCountAtLeast, 1.0, mAlpha);
     // Keep only the rows whose alpha came out non-zero: the ratio test and the updates walk them.
-    for (std::size_t w = 0; w < words.size(); ++w) {
-        for (std::uint64_t bits = words[w]; bits != 0; bits &= bits - 1) {
-            const int b = std::countr_zero(bits);
-            if (alpha[w * 64 + static_cast<std::size_t>(b)] == 0.0)
-                words[w] &= ~(std::uint64_t{1} << b);
-        }
-    }
+    mAlpha.dropZeros();
 }
 
 int ClpSolve::ratioTest()
 {
     // Kept exactly so: the float start value lies above the double 1e30 given to rows with
-    // alpha <= 0, so such a row is taken until a positive alpha is met. Rows outside the alpha
-    // pattern have alpha = 0: a run of them is taken whole (its last row wins) or not at all.
-    const auto alpha = mAlpha.range(0, mRows);
+    // alpha <= 0, so such a row is taken until a positive alpha is met. Rows not listed in alpha
+    // have alpha = 0: a run of them is taken whole (its last row wins) or not at all.
+    const auto alpha = mAlpha.values();
     const auto xB = mXB.range(0, mRows);
-    const auto words = mAlphaPattern.rowWords(0);
     float theta = kHuge;
     int row = 0;
     int next = 1; // the first row not yet seen
@@ -489,20 +487,17 @@ int ClpSolve::ratioTest()
         }
         next = i + 1;
     };
-    for (std::size_t w = 0; w < words.size(); ++w) {
-        for (std::uint64_t bits = words[w]; bits != 0; bits &= bits - 1) {
-            const int i = static_cast<int>(w * 64) + std::countr_zero(bits);
-            if (i < 1 || i > mRows) [[unlikely]]
-                throwIndexOutOfRange("alpha", i, mRows + 1);
-            skipTo(i);
-            const auto u = static_cast<std::size_t>(i);
-            // Divided either way, so that the choice compiles to a select, not a branch.
-            const double quotient = xB[u] / alpha[u];
-            const double ratio = alpha[u] > 0.0 ? quotient : kNoRatio;
-            if (ratio < theta) {
-                theta = static_cast<float>(ratio);
-                row = i;
-            }
+    for (const int i : mAlpha.indices()) {
+        if (i < 1 || i > mRows) [[unlikely]]
+            throwIndexOutOfRange("alpha", i, mRows + 1);
+        skipTo(i);
+        const auto u = static_cast<std::size_t>(i);
+        // Divided either way, so that the choice compiles to a select, not a branch.
+        const double quotient = xB[u] / alpha[u];
+        const double ratio = alpha[u] > 0.0 ? quotient : kNoRatio;
+        if (ratio < theta) {
+            theta = static_cast<float>(ratio);
+            row = i;
         }
     }
     skipTo(mRows + 1);
@@ -514,7 +509,11 @@ void ClpSolve::changeBasis(int row, int column, int position)
 {
     const int leaving = mBasis[row];
     mNonBasic[position] = leaving;
+    mPosition[leaving] = position;
+    mBasicRow[leaving] = 0;
     mBasis[row] = column;
+    mBasicRow[column] = row;
+    mPosition[column] = 0;
     mColumnState[column] = kBasic;
     mColumnState[leaving] = isArtificial(leaving) ? kArtificialOut : kNonBasic;
 }
@@ -522,7 +521,7 @@ void ClpSolve::changeBasis(int row, int column, int position)
 void ClpSolve::updateValues(int leavingRow)
 {
     const double theta = mTheta;
-    const auto alpha = mAlpha.range(0, mRows);
+    const auto alpha = mAlpha.values();
     const auto xB = mXB.range(0, mRows);
     if (std::signbit(theta)) {
         // theta x (+0) is -0 here, and an xB of -0 minus -0 turns +0: every row counts.
@@ -530,12 +529,9 @@ void ClpSolve::updateValues(int leavingRow)
             xB[i] = xB[i] - theta * alpha[i];
     } else {
         // A zero alpha (always +0) leaves xB[i] exactly as it is.
-        const auto words = mAlphaPattern.rowWords(0);
-        for (std::size_t w = 0; w < words.size(); ++w) {
-            for (std::uint64_t bits = words[w]; bits != 0; bits &= bits - 1) {
-                const auto i = w * 64 + static_cast<std::size_t>(std::countr_zero(bits));
-                xB[i] = xB[i] - theta * alpha[i];
-            }
+        for (const int i : mAlpha.indices()) {
+            const auto u = static_cast<std::size_t>(i);
+            xB[u] = xB[u] - theta * alpha[u];
         }
     }
     mXB[leavingRow] = theta;
@@ -543,37 +539,67 @@ void ClpSolve::updateValues(int leavingRow)
         static_cast<float>(static_cast<double>(mObjective) - static_cast<double>(mMinReduced) * theta);
 }
 
+int ClpSolve::firstPivotFor(int row)
+{
+    const auto passes = [this](double value) {
+        return std::fabs(value) > mPivotTolerance;
+    };
+    if (mBinv.plain()) {
+        for (int k = 1; k <= mLastNonBasicStart; ++k) {
+            const int j = mNonBasic[k];
+            // Only stored structural coefficients count: slacks and surpluses give 0.
+            if (j <= mColumns && passes(mBinv.rowTimes(row, mA.columnRows(j), mA.columnValues(j))))
+                return k;
+        }
+        return 0;
+    }
+    // Row `row` of the inverse times every structural column at once: for each column the terms
+    // arrive in increasing k, as in its own product.
+    mBinv.rowEntries(row, mInverseRow);
+    mRowProduct.clear();
+    for (const auto& [k, b] : mInverseRow) {
+        const auto columns = mA.rowColumns(k);
+        const auto values = mA.rowValues(k);
+        for (std::size_t t = 0; t < columns.size(); ++t)
+            mRowProduct.add(columns[t], b * values[t]);
+    }
+    int first = 0;
+    for (const int j : mRowProduct.indices()) {
+        const int position = mPosition[j];
+        if (position != 0 && passes(mRowProduct[j]) && (first == 0 || position < first))
+            first = position;
+    }
+    return first;
+}
+
 void ClpSolve::driveOutArtificials()
 {
     for (int i = 1; i <= mRows; ++i) {
-        const int artificial = mBasis[i];
-        if (!isArtificial(artificial))
+        if (!isArtificial(mBasis[i]))
             continue;
-        for (int k = 1; k <= mLastNonBasicStart; ++k) {
-            const int j = mNonBasic[k];
-            if (isArtificial(j))
-                continue;
-            // Only stored structural coefficients count: slacks and surpluses give 0.
-            const double value = j <= mColumns ? binvRowTimesColumn(i, j) : 0.0;
-            if (!(std::fabs(value) > mPivotTolerance))
-                continue;
-            changeBasis(i, j, k);
-            computeAlpha(j);
-            mBinv.update(i, mAlpha, mAlphaPattern.rowWords(0));
-            break;
-        }
+        const int k = firstPivotFor(i);
+        if (k == 0)
+            continue;
+        const int j = mNonBasic[k];
+        changeBasis(i, j, k);
+        computeAlpha(j);
+        mBinv.update(i, mAlpha);
     }
 }
 
 bool ClpSolve::GetVariableValue(int column, double& value) const
 {
-    for (int i = 1; i <= mRows; ++i) {
-        if (mBasis[i] == column) {
-            value = mXB[i];
-            return true;
-        }
+    // Before Solve has set a basis every row holds column 0.
+    if (!mBasisSet) {
+        if (column != 0 || mRows < 1)
+            return false;
+        value = mXB[1];
+        return true;
     }
-    return false;
+    if (column < 1 || column > mTotalColumns || mBasicRow[column] == 0)
+        return false;
+    value = mXB[mBasicRow[column]];
+    return true;
 }
 
 double ClpSolve::GetObjectiveValue() const

@@ -2,21 +2,43 @@
 
 #include "solver/BasisInverse.h"
 #include "solver/CheckedArray.h"
-#include "solver/CheckedMatrix.h"
-#include "solver/SparsityPattern.h"
+#include "solver/CoefficientMatrix.h"
+#include "solver/PricingTree.h"
+#include "solver/SparseVector.h"
 
+#include <cstddef>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace kilnova {
 
-/// The product's own dense linear-programming solver: a two-phase revised simplex with an explicit
-/// basis inverse updated in product form, most-negative-reduced-cost pricing and the minimum-ratio
-/// test, with fixed tolerances. Rows 1..m and structural columns 1..n are numbered from 1.
+/// The product's own linear-programming solver: a two-phase revised simplex with an explicit basis
+/// inverse updated in product form, most-negative-reduced-cost pricing and the minimum-ratio test,
+/// with fixed tolerances. Rows 1..m and structural columns 1..n are numbered from 1.
 ///
 /// Use: construct, Initialize, fill with the setters in any order, optionally DumpToFile, Solve once,
 /// then read GetVariableValue per column and GetObjectiveValue. One object serves one problem.
 /// An access outside a working array raises std::invalid_argument.
+///
+/// Storage and work follow the problem's structure, and no rounding differs from the method
+/// computed over every index (tests/solver/ReferenceSimplex). Why none can:
+/// - Only the coefficients that are not zero are held (a source row holds one), and the inverse of
+///   a large basis keeps only its non-zero entries (BasisInverse; a small one is held whole, where
+///   that is faster). Every sum still adds its terms in the index order of the full loop; the terms
+///   left out are products with a zero factor. While every value
+///   is finite such a product is a zero, and adding a zero to a sum that started at +0 changes
+///   nothing (such a sum is never -0, and x + 0 = x otherwise). No product, quotient or rounding
+///   to single precision is computed differently, only fewer additions of zero are made.
+/// - Once a value is not finite, 0 x inf is NaN and the terms left out would count: from then on
+///   the inverse is held whole and every product runs over every index, implicit zeros included.
+/// - A reduced cost is recomputed only when a price it meets changed (an unchanged sum of the same
+///   terms is the same number), and Dantzig's choice, whose walk rounds its running minimum to
+///   single precision, is found by PricingTree from a characterisation of where that walk ends.
+/// - A column's basic row is kept as it changes instead of searched for; the basis holds a column
+///   once, so the search would find the same row.
+/// - Working arrays have the sizes the method reads; the one access the original over-sized arrays
+///   made on purpose, the phase-1 sum past row m, still fails the same way on the same problems.
 class ClpSolve final {
 public:
     /// Results of Solve.
@@ -58,8 +80,14 @@ public:
     /// Stores c[column]; false when the column is outside the problem.
     bool SetObjectiveCoefficient(int column, double value);
     /// Writes the rows, right-hand sides, kinds and objective as text; nothing if the file cannot
-    /// be opened.
+    /// be opened. A dump that would pass `limit` bytes stops after its last whole line within it,
+    /// with a note saying so (ProgrammeDump).
     void DumpToFile(const std::string& fileName) const;
+    void DumpToFile(const std::string& fileName, std::size_t limit) const;
+
+    /// Holding the inverse whole (after a value that is not finite) is refused past this size:
+    /// Solve then raises std::invalid_argument.
+    static constexpr std::size_t kWholeInverseLimit = std::size_t{2} << 30;
 
     /// Runs the method and returns one of the result codes. It normalises and reorders the stored
     /// rows in place, so a second call works on the transformed problem.
@@ -77,6 +105,8 @@ public:
     /// lowered by a caller whose problems are known to end far sooner.
     int pivotLimit() const { return mPivotLimit; }
     void setPivotLimit(int pivots) { mPivotLimit = pivots; }
+    /// Non-zero entries of the basis inverse at the end of the last Solve.
+    std::size_t inverseEntries() const { return mBinv.entryCount(); }
     /// The smallest |alpha| the ratio test pivoted on in the last Solve (1e30 when none). The test
     /// has no pivot tolerance, so a value at rounding-noise level means the result is not reliable.
     double smallestPivot() const { return mSmallestPivot; }
@@ -84,8 +114,7 @@ public:
 private:
     void resetCounts();
     void releaseArrays();
-    double& a(int row, int column) { return mA(column, row); }
-    double a(int row, int column) const { return mA(column, row); }
+    void sizeWorkingArrays();
 
     void normaliseSigns();
     void reorderRows();
@@ -93,17 +122,26 @@ private:
     void computeCosts();
     void gatherBasicCost(int row);
     void computePrices();
-    void priceColumns(int freshColumn, bool all);
+    /// The reduced cost of a non-basic column from the current prices.
+    double reducedCost(int column) const;
+    /// Every reduced cost again, then the choice.
+    void priceColumns();
     void priceAll();
     void repriceAfterPivot(int row, std::span<const int> changedPositions, int leaving);
-    double binvRowTimesColumn(int row, int column) const;
+    void markStale(int column);
+    void choose();
     void computeAlpha(int column);
     int ratioTest();
     void changeBasis(int row, int column, int position);
     void updateValues(int leavingRow);
     void driveOutArtificials();
+    /// The first position of nonBasic holding a structural column whose product with row `row` of
+    /// the inverse exceeds the pivot tolerance in magnitude, or 0.
+    int firstPivotFor(int row);
 
     bool isArtificial(int column) const { return column > mLastRealColumn; }
+    /// The slack or surplus column of a row, or 0 for an equality.
+    int logicalColumnOf(int row) const;
 
     // Problem size and the caller's promises.
     int mRows = 0;
@@ -115,34 +153,37 @@ private:
     int mCapacityRows = 30;
     int mCapacityColumns = 2;
 
-    // Problem statement, 1-based. A is kept by columns (mA(j, i) = A[i][j]): the method reads it
-    // column by column.
-    CheckedMatrix mA;
-    SparsityPattern mAPattern; // per column, the rows that may be non-zero
-    CheckedArray<int> mAStart; // per column, where its non-zero rows start in mARows
-    CheckedArray<int> mARows;  // the non-zero rows of each column in turn, in row order
+    // Problem statement, 1-based; A holds only the entries that are not zero.
+    CoefficientMatrix mA;
     CheckedArray<double> mRhs;
     CheckedArray<int> mKind;
     CheckedArray<double> mObjectiveCoefficient;
 
-    // Working state.
+    // Working state, sized by Solve to the rows and the tableau's columns.
     int mLastNonBasicStart = 0;
     int mLastRealColumn = 0;
     int mTotalColumns = 0;
+    bool mBasisSet = false;
     CheckedArray<int> mBasis;
+    CheckedArray<int> mBasicRow; // per column, the row it is basic in, or 0
     CheckedArray<int> mNonBasic;
+    CheckedArray<int> mPosition; // per column, its position in mNonBasic, or 0
     CheckedArray<int> mColumnState;
     BasisInverse mBinv;
     CheckedArray<double> mXB;
     CheckedArray<double> mCost;
-    CheckedArray<double> mBasicCost;   // cost[basis[i]], the weights of the prices
-    SparsityPattern mBasicCostPattern; // the rows whose weight is non-zero
+    CheckedArray<double> mBasicCost; // cost[basis[i]], the weights of the prices
     CheckedArray<double> mDual;
     CheckedArray<double> mFreshDual; // prices recomputed after a pivot, before they replace mDual
-    SparsityPattern mDualChanged;    // the rows whose price the last pivot changed
+    std::vector<int> mChangedRows;   // the rows whose price the last pivot changed
+    std::vector<int> mNonFiniteRows; // rows whose price is not finite (plain pricing only)
     CheckedArray<double> mReduced;
-    CheckedArray<double> mAlpha;
-    SparsityPattern mAlphaPattern; // the rows whose alpha may be non-zero
+    CheckedArray<int> mStaleMark; // the iteration a column was last marked for repricing
+    std::vector<int> mStale;
+    PricingTree mPricing;
+    SparseVector mAlpha;
+    SparseVector mRowProduct; // a row of the inverse times every structural column
+    std::vector<std::pair<int, double>> mInverseRow;
 
     // Deliberately single precision: the step length and the objective carry float rounding.
     float mMinReduced = 0.0f;

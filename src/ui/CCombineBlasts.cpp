@@ -1,5 +1,6 @@
 #include "ui/CCombineBlasts.h"
 
+#include "common/ReportText.h"
 #include "common/UserPrompt.h"
 #include "database/DatabaseError.h"
 #include "optimise/QuarryMapData.h"
@@ -470,8 +471,11 @@ void CCombineBlasts::combine()
     const QDateTime ran = QDateTime::currentDateTime();
     // The progress dialog is made at the first step of the search, not before: the checks before it
     // may refuse, and their message must be the only window the user sees.
+    // The report goes to storage that spills to a temporary file: a run of hundreds of thousands
+    // of pairs is never held whole.
+    const auto report = std::make_shared<ReportText>();
     const std::optional<CombinationOutcome> outcome =
-        mCombiner.combine([this](long long done, long long total) {
+        mCombiner.combine(*report, [this](long long done, long long total) {
             if (!mProgress) {
                 mProgress = std::make_unique<QProgressDialog>(QStringLiteral("Analysing blast combinations…"),
                                                               QStringLiteral("Cancel"), 0, 1000, this);
@@ -484,13 +488,13 @@ void CCombineBlasts::combine()
     mProgress.reset();
     if (!outcome)
         return;
-    CCombineResults results(*outcome, mCombiner.period(), mUi, this);
+    CCombineResults results(*outcome, report, mCombiner.period(), mUi, this);
     results.setPageHeader({mProjectName, mDatabaseName, ran});
     results.exec();
     mChosenNames.clear();
     mChosenTonnes.clear();
     if (results.chosenIndex() >= 0) {
-        const CSuccessfulComb& chosen = outcome->successes[static_cast<std::size_t>(results.chosenIndex())];
+        const CSuccessfulComb chosen = outcome->combination(results.chosenIndex());
         mCombiner.applyResults(chosen, results.period());
         for (std::size_t i = 0; i < chosen.Names.size(); ++i) {
             mChosenNames << chosen.Names[i];

@@ -1,22 +1,22 @@
 #include "ui/CCombineResults.h"
 
-#include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QSpinBox>
 
 namespace kilnova {
 
-CCombineResults::CCombineResults(const CombinationOutcome& outcome, int period, UserPrompt& ui,
-                                 QWidget* parent)
-    : ReportWindow(QStringLiteral("Combination results"), outcome.report, ui, parent)
-    , mChoice(new QComboBox)
+CCombineResults::CCombineResults(const CombinationOutcome& outcome, std::shared_ptr<const ReportText> report,
+                                 int period, UserPrompt& ui, QWidget* parent)
+    : ReportWindow(QStringLiteral("Combination results"), std::move(report), ui, parent)
+    , mChoice(new QSpinBox)
     , mPeriod(period)
 {
     mChoice->setObjectName(QStringLiteral("combination"));
-    for (std::size_t i = 0; i < outcome.successes.size(); ++i)
-        mChoice->addItem(QString::number(i + 1));
-    mChoice->setCurrentIndex(outcome.bestIndex);
+    mChoice->setRange(outcome.count() > 0 ? 1 : 0, outcome.count());
+    mChoice->setValue(outcome.bestIndex + 1);
+    mChoice->setAccelerated(true);
     auto* update = new QPushButton(QStringLiteral("Update Blasts"));
     connect(update, &QPushButton::clicked, this, &CCombineResults::updateBlasts);
     actionArea()->addWidget(new QLabel(QStringLiteral("Use Combination #")));
@@ -26,7 +26,7 @@ CCombineResults::CCombineResults(const CombinationOutcome& outcome, int period, 
 
 int CCombineResults::chosenIndex() const
 {
-    return mChoice->currentIndex();
+    return mChoice->value() - 1;
 }
 
 void CCombineResults::updateBlasts()

@@ -1,5 +1,6 @@
 #include "ui/ReportPrinter.h"
 
+#include "common/ReportText.h"
 #include "render/BlendChartRenderer.h"
 
 #include <QFile>
@@ -16,25 +17,27 @@ namespace kilnova {
 
 ReportPrinter::ReportPrinter(const QString& reportText, const PageHeader& header,
                              std::optional<BlendChartData> chart)
-    : mHeader(header)
+    : ReportPrinter(ReportText::fromString(reportText), header, std::move(chart))
+{
+}
+
+ReportPrinter::ReportPrinter(std::shared_ptr<const ReportText> report, const PageHeader& header,
+                             std::optional<BlendChartData> chart)
+    : mReport(std::move(report))
+    , mHeader(header)
     , mChart(std::move(chart))
 {
-    QString text = reportText;
-    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    if (text.endsWith('\n'))
-        text.chop(1);
-    mLines = text.split('\n');
 }
 
 QFont ReportPrinter::fontFor(QPaintDevice& device, int pageWidth) const
 {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     font.setPointSizeF(kPointSize);
-    // A line wider than the page (a long blast name) is not cut: the whole report gets smaller.
-    int widest = 0;
+    // A line wider than the page (a long blast name) is not cut: the whole report gets smaller. In a
+    // fixed-pitch font the longest line is the widest.
     const QFontMetrics metrics(font, &device);
-    for (const QString& line : mLines)
-        widest = std::max(widest, metrics.horizontalAdvance(line));
+    const int widest =
+        metrics.horizontalAdvance(QString(static_cast<qsizetype>(mReport->longestLine()), QLatin1Char('M')));
     if (widest > pageWidth && pageWidth > 0)
         font.setPointSizeF(std::max(kSmallestPointSize, kPointSize * pageWidth / widest * 0.98));
     return font;
@@ -52,7 +55,7 @@ int ReportPrinter::textPageCount(QPainter& painter) const
 {
     painter.setFont(fontFor(*painter.device(), painter.viewport().width()));
     const int perPage = linesPerPage(painter);
-    return std::max<int>(1, static_cast<int>((mLines.size() + perPage - 1) / perPage));
+    return std::max<int>(1, static_cast<int>((mReport->lineCount() + perPage - 1) / perPage));
 }
 
 int ReportPrinter::pageCount(QPainter& painter) const
@@ -83,12 +86,11 @@ void ReportPrinter::paintPage(QPainter& painter, int page, int pages) const
         painter.setFont(fontFor(*painter.device(), area.width()));
         paintChart(painter, QRect(0, top, area.width(), area.height() - top - 2 * lineHeight));
     }
-    for (int i = 0; i < perPage; ++i) {
-        const qsizetype line = static_cast<qsizetype>(page) * perPage + i;
-        if (line >= mLines.size())
-            break;
-        painter.drawText(0, top + (i + 1) * lineHeight, mLines[line]);
-    }
+    int i = 0;
+    mReport->lines(static_cast<qsizetype>(page) * perPage, perPage, [&](const QByteArray& line) {
+        painter.drawText(0, top + (i + 1) * lineHeight, QString::fromUtf8(line));
+        ++i;
+    });
     const QString footer = QStringLiteral("Page %1 of %2").arg(page + 1).arg(pages);
     painter.drawText(QRect(0, area.height() - lineHeight, area.width(), lineHeight), Qt::AlignHCenter,
                      footer);

@@ -6,8 +6,8 @@
 #include <QFont>
 #include <QString>
 
+#include <memory>
 #include <optional>
-#include <QStringList>
 
 class QPagedPaintDevice;
 class QPaintDevice;
@@ -16,6 +16,8 @@ class QRect;
 
 namespace kilnova {
 
+class ReportText;
+
 /// Prints a plain-text report on paged devices (a printer or a PDF file) in a fixed-pitch font,
 /// with "Page n of m" in the footer of every page, when given a header line above the report
 /// naming its project, database and time of the run, and the blend chart, when there is one, on a
@@ -23,6 +25,10 @@ namespace kilnova {
 class ReportPrinter final {
 public:
     explicit ReportPrinter(const QString& reportText, const PageHeader& header = {},
+                           std::optional<BlendChartData> chart = std::nullopt);
+    /// Lines are read from the report page by page, so a report of any length prints without being
+    /// held whole.
+    explicit ReportPrinter(std::shared_ptr<const ReportText> report, const PageHeader& header = {},
                            std::optional<BlendChartData> chart = std::nullopt);
 
     /// Paints every page; returns the number of pages.
@@ -47,7 +53,7 @@ private:
     int textPageCount(QPainter& painter) const;
     void paintChart(QPainter& painter, const QRect& area) const;
 
-    QStringList mLines;
+    std::shared_ptr<const ReportText> mReport;
     PageHeader mHeader;
     std::optional<BlendChartData> mChart;
 };

@@ -1,8 +1,10 @@
 #include "ui/ReportWindow.h"
 
+#include "common/ReportText.h"
 #include "common/UserPrompt.h"
 #include "ui/BlendChartView.h"
 #include "ui/ReportPrinter.h"
+#include "ui/ReportView.h"
 
 #include <QDir>
 #include <QFontDatabase>
@@ -20,21 +22,32 @@
 namespace kilnova {
 
 ReportWindow::ReportWindow(const QString& title, const QString& reportText, UserPrompt& ui, QWidget* parent)
+    : ReportWindow(title, ReportText::fromString(reportText), ui, parent)
+{
+}
+
+ReportWindow::ReportWindow(const QString& title, std::shared_ptr<const ReportText> report, UserPrompt& ui,
+                           QWidget* parent)
     : QDialog(parent)
-    , mReport(reportText)
+    , mReport(std::move(report))
     , mUi(ui)
     , mSplitter(new QSplitter(Qt::Horizontal))
-    , mView(new QPlainTextEdit)
     , mActions(new QHBoxLayout)
 {
     setWindowTitle(title);
+    if (mReport->lineCount() <= kEditableLines) {
+        auto* edit = new QPlainTextEdit;
+        edit->setReadOnly(true);
+        edit->setLineWrapMode(QPlainTextEdit::NoWrap);
+        edit->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+        QString shown = mReport->toString();
+        shown.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+        edit->setPlainText(shown);
+        mView = edit;
+    } else {
+        mView = new ReportView(mReport);
+    }
     mView->setObjectName(QStringLiteral("report"));
-    mView->setReadOnly(true);
-    mView->setLineWrapMode(QPlainTextEdit::NoWrap);
-    mView->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    QString shown = reportText;
-    shown.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    mView->setPlainText(shown);
 
     auto* ok = new QPushButton(QStringLiteral("OK"));
     auto* print = new QPushButton(QStringLiteral("Print"));
@@ -73,6 +86,11 @@ void ReportWindow::setChart(const BlendChartData& chart)
     // The report's widest lines (about 92 characters) stay whole; the chart takes the rest.
     const int reportWidth = mView->fontMetrics().horizontalAdvance(QString(96, u'0'));
     mSplitter->setSizes({reportWidth, std::max(460, width() - reportWidth - 40)});
+}
+
+QString ReportWindow::reportText() const
+{
+    return mReport->toString();
 }
 
 void ReportWindow::print()
@@ -116,9 +134,9 @@ bool ReportWindow::writePdf(const QString& path)
 
 bool ReportWindow::writeText(const QString& path)
 {
-    // The report is written exactly as built, line ends included.
+    // The report is written exactly as built, line ends included, block by block from its storage.
     QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(mReport.toUtf8()) >= 0 && file.commit())
+    if (file.open(QIODevice::WriteOnly) && mReport->writeTo(file) && file.commit())
         return true;
     mUi.showMessage(
         QStringLiteral("The report could not be written to %1.").arg(QDir::toNativeSeparators(path)),

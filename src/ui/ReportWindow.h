@@ -5,26 +5,35 @@
 
 #include <QDialog>
 
+#include <memory>
 #include <optional>
 
 class QHBoxLayout;
-class QPlainTextEdit;
 class QSplitter;
 
 namespace kilnova {
 
+class ReportText;
 class UserPrompt;
 
 /// A results window: the report in a read-only fixed-pitch view with "OK", "Print", "Save as PDF…"
 /// and "Save as text…". A caller adds its own actions (store the blend, use a combination) to
 /// actionArea(). The window only shows the text it was given, and the blend chart beside it when
-/// given one, which then also prints as the last page.
+/// given one, which then also prints as the last page. A report of more than kEditableLines lines
+/// is shown by a view that reads only the lines in sight, and printed and saved straight from its
+/// storage.
 class ReportWindow : public QDialog {
     Q_OBJECT
 public:
-    ReportWindow(const QString& title, const QString& reportText, UserPrompt& ui, QWidget* parent = nullptr);
+    static constexpr qsizetype kEditableLines = 20000;
 
-    const QString& reportText() const { return mReport; }
+    ReportWindow(const QString& title, const QString& reportText, UserPrompt& ui, QWidget* parent = nullptr);
+    ReportWindow(const QString& title, std::shared_ptr<const ReportText> report, UserPrompt& ui,
+                 QWidget* parent = nullptr);
+
+    /// The whole report as text.
+    QString reportText() const;
+    const ReportText& report() const { return *mReport; }
     /// Shows the blend chart beside the report; it is printed after the report's pages.
     void setChart(const BlendChartData& chart);
     const std::optional<BlendChartData>& chart() const { return mChart; }
@@ -45,11 +54,11 @@ protected:
     UserPrompt& prompt() { return mUi; }
 
 private:
-    QString mReport;
+    std::shared_ptr<const ReportText> mReport;
     std::optional<BlendChartData> mChart;
     UserPrompt& mUi;
     QSplitter* mSplitter;
-    QPlainTextEdit* mView;
+    QWidget* mView = nullptr;
     QHBoxLayout* mActions;
     PageHeader mHeader;
 };

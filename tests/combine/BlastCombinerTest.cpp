@@ -1,6 +1,8 @@
 #include "BlastRows.h"
 
 #include "combine/BlastCombiner.h"
+
+#include "CombinationRun.h"
 #include "common/MessageTable.h"
 #include "support/ScriptedPrompt.h"
 #include "support/TempProject.h"
@@ -10,6 +12,13 @@
 
 namespace kilnova {
 namespace {
+
+/// Combine, the report collected.
+std::optional<test::CombinationRun> combined(BlastCombiner& combiner,
+                                             const CombinationProgress& progress = {})
+{
+    return test::collect([&](ReportSink& sink) { return combiner.combine(sink, progress); });
+}
 
 using test::addBlasts;
 using Source = WorkingBlastTables::Source;
@@ -170,9 +179,34 @@ TEST_F(BlastCombinerTest, CombineRefusesWhatCannotRunWithItsMessage)
         ASSERT_TRUE(combiner.open());
         for (const QString& name : c.selected)
             combiner.setSelected(name, true);
-        EXPECT_FALSE(combiner.combine()) << c.what;
+        EXPECT_FALSE(combined(combiner)) << c.what;
         EXPECT_EQ(ui.messageTexts(), QStringList{c.message}) << c.what;
     }
+}
+
+// Every pair of a selection may succeed and is then kept: a selection whose pairs could take more
+// than half of the machine's memory is refused with the largest selection that fits. Here a
+// "machine" of 3000 bytes: three blasts may need 3 x 24 + 3 x 512 = 1608 bytes, over its 1500;
+// two need 24 + 1024 = 1048.
+TEST_F(BlastCombinerTest, SelectionsBeyondHalfTheMemoryAreRefused)
+{
+    addSeries();
+    BlastCombiner combiner(*mDb, sio2Target(), mUi);
+    ASSERT_TRUE(combiner.open());
+    combiner.setMemoryGuard(MemoryGuard(3000));
+    for (const char* name : {"B1", "B2", "B3"})
+        combiner.setSelected(name, true);
+    EXPECT_FALSE(combined(combiner));
+    EXPECT_EQ(
+        mUi.messageTexts(),
+        QStringList{"Trying every pair of 3 blasts could take 1 MB of memory, more than half of the 1 MB of "
+                    "this computer. Select at most 2 blasts, then combine again."});
+    mUi.messages.clear();
+    combiner.setSelected("B3", false);
+    const std::optional<test::CombinationRun> two = combined(combiner);
+    ASSERT_TRUE(two) << "two blasts are not refused";
+    EXPECT_EQ(two->successes, (std::vector<CSuccessfulComb>{{{"B1", "B2"}, {360, 240}}}));
+    EXPECT_TRUE(mUi.messages.empty());
 }
 
 TEST_F(BlastCombinerTest, CancelledRunShowsNothingAndWritesNothing)
@@ -181,7 +215,7 @@ TEST_F(BlastCombinerTest, CancelledRunShowsNothingAndWritesNothing)
     BlastCombiner combiner(*mDb, sio2Target(), mUi);
     ASSERT_TRUE(combiner.open());
     combiner.selectAll();
-    EXPECT_FALSE(combiner.combine([](long long, long long) { return false; }));
+    EXPECT_FALSE(combined(combiner, [](long long, long long) { return false; }));
     EXPECT_TRUE(mUi.messages.empty()) << "not even the count of no successful pairs";
     EXPECT_EQ(names(Table::TempBlast), QStringList({"B1", "B2", "B3", "O'Neill"}));
     EXPECT_EQ(combiner.period(), 1);
@@ -195,7 +229,7 @@ TEST_F(BlastCombinerTest, TooFewBlastsLoadedShowsItsTextWithThePrintfFieldUnfill
     combiner.setSelected("B1", true);
     combiner.setSelected("B2", true);
     RecordTable(*mDb, Table::TempBlast).remove({"B2", {}}); // gone since the list was filled
-    EXPECT_FALSE(combiner.combine());
+    EXPECT_FALSE(combined(combiner));
     EXPECT_EQ(mUi.messageTexts(),
               QStringList{"The number of blasts selected is insufficient, given the number  "
                           "of constraints, at least %d blasts are needed"});
@@ -210,7 +244,7 @@ TEST_F(BlastCombinerTest, BlastWithoutDeviationsTakesPartInNoPair)
     BlastCombiner combiner(*mDb, sio2Target(), mUi);
     ASSERT_TRUE(combiner.open());
     combiner.selectAll();
-    const std::optional<CombinationOutcome> outcome = combiner.combine();
+    const std::optional<test::CombinationRun> outcome = combined(combiner);
     ASSERT_TRUE(outcome);
     EXPECT_EQ(outcome->seriesSize, 3);
     EXPECT_TRUE(outcome->report.contains("from a series of 3 blasts\r\n"));
@@ -223,7 +257,7 @@ TEST_F(BlastCombinerTest, UpdateBlastsTakesThePairOutOfTheWorkingCopyAndAdvances
     BlastCombiner combiner(*mDb, sio2Target(), mUi);
     ASSERT_TRUE(combiner.open());
     combiner.selectAll();
-    const std::optional<CombinationOutcome> first = combiner.combine();
+    const std::optional<test::CombinationRun> first = combined(combiner);
     ASSERT_TRUE(first);
     ASSERT_EQ(first->successes.size(), 3u);
     EXPECT_EQ(first->bestIndex, 2);
@@ -243,7 +277,7 @@ TEST_F(BlastCombinerTest, UpdateBlastsTakesThePairOutOfTheWorkingCopyAndAdvances
     EXPECT_EQ(quantity(Table::Blast, "B3"), 500);
 
     // The next run works on what is left and says which period it is.
-    const std::optional<CombinationOutcome> second = combiner.combine();
+    const std::optional<test::CombinationRun> second = combined(combiner);
     ASSERT_TRUE(second);
     EXPECT_TRUE(second->report.contains("\r\n\r\nResults for Period #2\r\n"));
     EXPECT_EQ(second->successes, (std::vector<CSuccessfulComb>{{{"B1", "B2"}, {360, 240}}}))

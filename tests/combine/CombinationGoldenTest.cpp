@@ -1,6 +1,8 @@
 #include "BlastRows.h"
 
 #include "combine/BlastCombiner.h"
+
+#include "CombinationRun.h"
 #include "support/ScriptedPrompt.h"
 #include "support/TempProject.h"
 
@@ -94,7 +96,8 @@ TEST_F(CombinationGoldenTest, ReportsMatchTheCasesWorkedOutByHand)
         BlastCombiner combiner(*mDb, loadParameters(dir.filePath("parameters.ini")), ui);
         ASSERT_TRUE(combiner.open());
         combiner.selectAll();
-        const std::optional<CombinationOutcome> outcome = combiner.combine();
+        const std::optional<test::CombinationRun> outcome =
+            test::collect([&combiner](ReportSink& sink) { return combiner.combine(sink); });
         ASSERT_TRUE(outcome) << ui.messageTexts().join('\n').toStdString();
         EXPECT_EQ(outcome->report.toUtf8().toStdString(), expected.readAll().toStdString());
         EXPECT_TRUE(ui.messages.empty());

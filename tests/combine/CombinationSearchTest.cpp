@@ -1,5 +1,7 @@
 #include "combine/CombinationSearch.h"
 
+#include "CombinationRun.h"
+
 #include <gtest/gtest.h>
 
 #include <initializer_list>
@@ -39,9 +41,12 @@ CombinationRequest request(double tonnage, std::optional<double> sio2Target)
     return r;
 }
 
-CombinationOutcome run(const CombinationRequest& r, std::vector<BLASTSD> series)
+using test::CombinationRun;
+
+CombinationRun run(const CombinationRequest& r, std::vector<BLASTSD> series)
 {
-    return CombinationSearch(r, std::move(series)).run();
+    const CombinationSearch search(r, std::move(series));
+    return *test::collect([&search](ReportSink& sink) { return std::optional(search.run(sink)); });
 }
 
 TEST(CombinationSearch, SolvesTheTwoTonnagesOfAPairOrRejectsIt)
@@ -70,9 +75,9 @@ TEST(CombinationSearch, SolvesTheTwoTonnagesOfAPairOrRejectsIt)
         {"no target and more than the first blast holds", 1200, std::nullopt, 10, 20, 5000, false, 0, 0},
     };
     for (const Case& c : cases) {
-        const CombinationOutcome out = run(request(c.tonnage, c.target),
-                                           {blast("A", 1000, {{Element::SiO2, c.sio2First}}),
-                                            blast("B", c.quantitySecond, {{Element::SiO2, c.sio2Second}})});
+        const CombinationRun out = run(request(c.tonnage, c.target),
+                                       {blast("A", 1000, {{Element::SiO2, c.sio2First}}),
+                                        blast("B", c.quantitySecond, {{Element::SiO2, c.sio2Second}})});
         ASSERT_EQ(out.successes.size(), c.succeeds ? 1u : 0u) << c.what;
         if (!c.succeeds) {
             EXPECT_EQ(out.bestIndex, -1) << c.what;
@@ -167,7 +172,7 @@ TEST(CombinationSearch, EachRestrictionRejectsAtItsBoundary)
     for (const Case& c : cases) {
         CombinationRequest r = request(1000, 14);
         c.apply(r);
-        const CombinationOutcome out = run(r, series);
+        const CombinationRun out = run(r, series);
         ASSERT_EQ(out.successes.size(), c.passes ? 1u : 0u) << c.what;
         if (c.passes) {
             EXPECT_EQ(out.successes[0].Names, (std::array<QString, 2>{"A", "B"})) << c.what;
@@ -207,10 +212,9 @@ TEST(CombinationSearch, RanksStrictlySoTheFirstOfEqualPairsStaysBest)
         r.rankingProperty = CaO;
         r.rankingTarget = 45;
         r.deviationProperty = CaO;
-        const CombinationOutcome out =
-            run(r, {blast("A", 1000, {{Element::SiO2, 10}, {Element::CaO, 50}}),
-                    blast("B", 1000, {{Element::SiO2, 20}, {Element::CaO, c.cao1}}),
-                    blast("C", 1000, {{Element::SiO2, 20}, {Element::CaO, c.cao2}})});
+        const CombinationRun out = run(r, {blast("A", 1000, {{Element::SiO2, 10}, {Element::CaO, 50}}),
+                                           blast("B", 1000, {{Element::SiO2, 20}, {Element::CaO, c.cao1}}),
+                                           blast("C", 1000, {{Element::SiO2, 20}, {Element::CaO, c.cao2}})});
         ASSERT_EQ(out.successes.size(), 2u) << c.what;
         EXPECT_EQ(out.bestIndex, c.best) << c.what;
         EXPECT_TRUE(
@@ -229,10 +233,10 @@ TEST(CombinationSearch, InventoryRankingComparesTheCombinedGradeButKeepsTheInven
     r.ranking = CombinationRequest::Ranking::InventoryGrade;
     r.rankingProperty = CaO;
     r.rankingTarget = 46.2f;
-    const CombinationOutcome out = run(r, {blast("B1", 1000, {{Element::SiO2, 10}, {Element::CaO, 50}}),
-                                           blast("B2", 800, {{Element::SiO2, 20}, {Element::CaO, 40}}),
-                                           blast("B3", 500, {{Element::SiO2, 16}, {Element::CaO, 45}}),
-                                           blast("B4", 300, {{Element::SiO2, 12}, {Element::CaO, 48}})});
+    const CombinationRun out = run(r, {blast("B1", 1000, {{Element::SiO2, 10}, {Element::CaO, 50}}),
+                                       blast("B2", 800, {{Element::SiO2, 20}, {Element::CaO, 40}}),
+                                       blast("B3", 500, {{Element::SiO2, 16}, {Element::CaO, 45}}),
+                                       blast("B4", 300, {{Element::SiO2, 12}, {Element::CaO, 48}})});
     ASSERT_EQ(out.successes.size(), 3u);
     EXPECT_EQ(out.bestIndex, 2);
     const QStringList values = {"0.5500", "0.7500", "0.7000"};
@@ -251,19 +255,22 @@ TEST(CombinationSearch, ReportsProgressPerBlastAndStopsWhenCancelled)
     const CombinationSearch search(request(1000, 14), series);
 
     std::vector<std::pair<long long, long long>> calls;
-    const CombinationOutcome done = search.run([&calls](long long d, long long total) {
+    ReportText doneText;
+    const CombinationOutcome done = search.run(doneText, [&calls](long long d, long long total) {
         calls.emplace_back(d, total);
         return true;
     });
     EXPECT_FALSE(done.cancelled);
-    EXPECT_EQ(done.successes.size(), 3u);
+    EXPECT_EQ(done.pairs.size(), 3u);
     EXPECT_EQ(calls, (std::vector<std::pair<long long, long long>>{{0, 6}, {3, 6}, {5, 6}}));
 
     int asked = 0;
-    const CombinationOutcome cancelled = search.run([&asked](long long, long long) { return ++asked < 2; });
+    ReportText cancelledText;
+    const CombinationOutcome cancelled =
+        search.run(cancelledText, [&asked](long long, long long) { return ++asked < 2; });
     EXPECT_TRUE(cancelled.cancelled);
-    EXPECT_TRUE(cancelled.successes.empty());
-    EXPECT_TRUE(cancelled.report.isEmpty());
+    EXPECT_TRUE(cancelled.pairs.empty());
+    EXPECT_EQ(cancelledText.size(), 0) << "the header waits for a successful pair";
     EXPECT_EQ(asked, 2);
 }
 

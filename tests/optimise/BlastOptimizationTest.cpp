@@ -1,5 +1,6 @@
 #include "optimise/BlastOptimization.h"
 #include "database/RecordTable.h"
+#include "optimise/SourceUpdate.h"
 #include "support/TempProject.h"
 
 #include <QFile>
@@ -115,6 +116,48 @@ TEST_F(BlastOptimizationTest, OptimizeWritesTheDebugDumpAndReport)
     o.setSelection({"North 1", "Gone"});
     EXPECT_EQ(o.optimize().outcome.message,
               "The blast \"Gone\" is no longer in the Blast table; refresh the list of sources.");
+}
+
+// A blend only the second method finds is reported under the classic message and stored, with its
+// subtraction, like any other.
+TEST_F(BlastOptimizationTest, BlendOfTheSecondMethodIsReportedAndStored)
+{
+    addBlast("Big 4", 300000.3, 0, 0, 0, {{Element::SiO2, 10}, {Element::CaO, 50}});
+    addBlast("Big 5", 400000, 0, 0, 0, {{Element::SiO2, 20}, {Element::CaO, 40}});
+    COptimizationParameters p;
+    p.mode = COptimizationParameters::kMinimize;
+    p.optimizedElement = "CaO";
+    p.requestedTonnage = 600000.52;
+    p.selectedSources = {"Big 4", "Big 5"};
+    const BlastOptimization o(*mDb, p);
+    const BlastOptimization::Result r = o.optimize();
+    ASSERT_TRUE(r.outcome.solved) << r.outcome.message.toStdString();
+    EXPECT_EQ(r.outcome.method, OptimizationOutcome::Method::Second);
+    EXPECT_TRUE(r.report.startsWith("The system cannot reach an optimum, it is infeasible given the set of "
+                                    "constraints\r\n\r\nA blend that "
+                                    "meets every limit exists all the same."))
+        << r.report.toStdString();
+    // All of the leaner blast, the rest from the other: 200 000.52 t at 50 and 400 000 t at 40 CaO.
+    EXPECT_TRUE(r.report.contains("\r\n\r\nBlast Optimization Results\r\n\r\nsuccessfully minimized CaO\r\n"))
+        << r.report.toStdString();
+    EXPECT_TRUE(
+        r.report.contains("  200000.520000 tonnes of Blast Big 4 (66.67% of blast, 33.33% of mix)\r\n"))
+        << r.report.toStdString();
+    EXPECT_TRUE(
+        r.report.contains("  400000.000000 tonnes of Blast Big 5 (100.00% of blast, 66.67% of mix)\r\n"))
+        << r.report.toStdString();
+    EXPECT_TRUE(r.report.contains("Optimized tonnage:  600000.52\r\n")) << r.report.toStdString();
+
+    SourceUpdate::Blend blend = BlastOptimization::blendOf(r);
+    blend.name = "Bed 1";
+    SourceUpdate::store(*mDb, blend, BlastOptimization::takesOf(r), true);
+    const std::optional<Record> bed = RecordTable(*mDb, Table::Stockpile).find({"Bed 1", " "});
+    ASSERT_TRUE(bed);
+    EXPECT_NEAR(bed->number("Quantity"), 600000.52, 1e-6);
+    // CaO (50 x 200 000.52 + 40 x 400 000) / 600 000.52.
+    EXPECT_NEAR(bed->analysis()[static_cast<std::size_t>(elementIndex(Element::CaO))], 43.333344f, 1e-4);
+    EXPECT_NEAR(RecordTable(*mDb, Table::Blast).find({"Big 4", {}})->number("Quantity"), 99999.78, 1e-6);
+    EXPECT_FALSE(RecordTable(*mDb, Table::Blast).find({"Big 5", {}})) << "taken whole, so deleted";
 }
 
 TEST_F(BlastOptimizationTest, OkKeepsTheStoredModeForMaximizeTonnageAndEmptiesTheWorkingCopy)

@@ -90,7 +90,7 @@ TEST(BlendProblem, RowsCarryEachSourcesWeights)
     };
     ASSERT_EQ(lp.rowList.size(), expected.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {
-        EXPECT_EQ(lp.rowList[i].coefficients, expected[i].coefficients) << i;
+        EXPECT_EQ(lp.rowList[i].dense(2), expected[i].coefficients) << i;
         EXPECT_EQ(lp.rowList[i].rhs, expected[i].rhs) << i;
         EXPECT_EQ(lp.rowList[i].kind, expected[i].kind) << i;
         EXPECT_EQ(lp.rowList[i].role, expected[i].role) << i;

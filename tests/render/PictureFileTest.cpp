@@ -75,9 +75,13 @@ TEST(PictureFile, AFileThatCannotBeWrittenIsSaidSoAndAnOldOneIsKept)
     ASSERT_TRUE(old.open(QIODevice::WriteOnly));
     old.write("old picture");
     old.close();
-    // Too large to be drawn: the old file stays as it was.
-    EXPECT_TRUE(PictureFile::write(dir.filePath("keep.png"), {1e6, 1e6}, redSquare));
-    EXPECT_EQ(contents(dir.filePath("keep.png")), QByteArray("old picture"));
+    // Too large to be drawn (refused before any memory is asked for): the old file stays as it was.
+    for (const QSizeF size : {QSizeF(1e6, 1e6), QSizeF(10001, 10000), QSizeF(qInf(), 1)}) {
+        const std::optional<QString> failure = PictureFile::write(dir.filePath("keep.png"), size, redSquare);
+        ASSERT_TRUE(failure) << size.width();
+        EXPECT_TRUE(failure->endsWith("The picture is too large.")) << failure->toStdString();
+        EXPECT_EQ(contents(dir.filePath("keep.png")), QByteArray("old picture"));
+    }
 }
 
 } // namespace

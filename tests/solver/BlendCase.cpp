@@ -41,10 +41,12 @@ std::vector<double> BlendCase::rowFor(int element, float bound) const
     return row;
 }
 
-LpProblem BlendCase::programme(int sense, int targetKind) const
+SparseProblem BlendCase::sparseProgramme(int which) const
 {
+    const int sense = mode == Target ? (which == 1 ? -1 : 1) : mode;
+    const int targetKind = which == 1 ? ClpSolve::kAtLeast : ClpSolve::kAtMost;
     const int n = static_cast<int>(sources.size());
-    LpProblem lp;
+    SparseProblem lp;
     lp.columns = n;
     lp.sense = sense;
     for (const Bound& b : bounds) {
@@ -54,10 +56,9 @@ LpProblem BlendCase::programme(int sense, int targetKind) const
     if (mode == Target)
         lp.addRow(rowFor(optimised, target), targetKind, 0.0);
     for (int j = 0; j < n; ++j) {
-        std::vector<double> unit(static_cast<std::size_t>(n), 0.0);
-        unit[static_cast<std::size_t>(j)] = 1.0;
-        lp.addRow(unit, ClpSolve::kAtLeast, 0.0);
-        lp.addRow(unit, ClpSolve::kAtMost, sources[static_cast<std::size_t>(j)].tonnage);
+        lp.addRow(std::vector<SparseProblem::Entry>{{j, 1.0}}, ClpSolve::kAtLeast, 0.0);
+        lp.addRow(std::vector<SparseProblem::Entry>{{j, 1.0}}, ClpSolve::kAtMost,
+                  sources[static_cast<std::size_t>(j)].tonnage);
     }
     // In Maximize Tonnage mode the tonnage row falls beyond the programme and is lost.
     if (mode != MaximizeTonnage)
@@ -84,8 +85,8 @@ LpProblem BlendCase::programme(int sense, int targetKind) const
 std::pair<LpProblem, LpProblem> BlendCase::programmes() const
 {
     if (mode == Target)
-        return {programme(-1, ClpSolve::kAtLeast), programme(1, ClpSolve::kAtMost)};
-    LpProblem lp = programme(mode, ClpSolve::kEqual);
+        return {sparseProgramme(1).dense(), sparseProgramme(2).dense()};
+    LpProblem lp = sparseProgramme(1).dense();
     return {lp, lp};
 }
 

@@ -35,10 +35,11 @@ struct BlendCase {
 
     /// The two programmes solved for this request (identical unless in Target mode).
     std::pair<LpProblem, LpProblem> programmes() const;
+    /// Programme 1 or 2 with its non-zero coefficients only (the same rows as programmes()).
+    SparseProblem sparseProgramme(int which) const;
 
 private:
     std::vector<double> rowFor(int element, float bound) const;
-    LpProblem programme(int sense, int targetKind) const;
 };
 
 } // namespace kilnova

@@ -1,15 +1,25 @@
 // Set-up rules of ClpSolve: Initialize, the setters, the capacities and the debug dump.
 
+#include "LpProblem.h"
+#include "ProblemGenerator.h"
+
 #include "solver/ClpSolve.h"
+#include "solver/ProgrammeDump.h"
 
 #include <gtest/gtest.h>
 
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <random>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <unistd.h>
 
@@ -176,6 +186,130 @@ TEST_F(ClpSolveDump, WritesRowsKindsAndObjectiveInFixedColumns)
                                  "      0.00\n"
                                  "     -0.00\n";
     EXPECT_EQ(read(file), expected);
+}
+
+// The dump of a programme written out with printf itself, field by field: what the file must hold.
+std::string printfDump(const LpProblem& p)
+{
+    char field[512];
+    std::string text;
+    for (std::size_t i = 0; i < p.rows.size(); ++i) {
+        std::string line;
+        for (const double a : p.rows[i]) {
+            std::snprintf(field, sizeof field, "%10.2lf", a);
+            line += field;
+        }
+        std::snprintf(field, sizeof field, "%10.2lf", p.rhs[i]);
+        line += field;
+        line += " IBT: ";
+        std::snprintf(field, sizeof field, "%4d", p.kinds[i]);
+        line += field;
+        text += line + "\n";
+    }
+    text += "\n\n";
+    for (const double c : p.objective) {
+        std::snprintf(field, sizeof field, "%10.2lf\n", c);
+        text += field;
+    }
+    return text;
+}
+
+TEST(ProgrammeDump, FieldsAreWhatPrintfWrites)
+{
+    std::vector<double> values = {0.0,          -0.0,  0.004,    0.005,     -0.005,       0.015,
+                                  0.125,        0.375, 2.675,    -1e-9,     999999.995,   1e7,
+                                  -1234567.891, 1e300, -1e-300,  5e-324,    0.1 + 0.2,    1.0 / 3,
+                                  1e22,         -1e22, HUGE_VAL, -HUGE_VAL, std::nan(""), -std::nan("")};
+    std::mt19937_64 engine(11);
+    for (int k = 0; k < 20000; ++k) {
+        // Hundredths and their neighbours, where rounding ties and near-ties lie, and wide values.
+        const double hundredths =
+            static_cast<double>(static_cast<std::int64_t>(engine() % 2000001) - 1000000) / 100;
+        const double near = std::nextafter(hundredths + 0.005, k % 2 == 0 ? 1e9 : -1e9);
+        values.push_back(k % 3 == 0 ? near : hundredths);
+        values.push_back(std::bit_cast<double>(engine() & 0x7fefffffffffffffu) * (k % 2 == 0 ? 1 : -1));
+    }
+    char expected[512];
+    for (const double v : values) {
+        std::snprintf(expected, sizeof expected, "%10.2lf", v);
+        std::string ours;
+        ProgrammeDump::appendField(ours, v);
+        ASSERT_EQ(ours, expected) << std::hexfloat << v;
+    }
+}
+
+// Rows of every kind, signed right-hand sides, zeros and values wide and narrow: the dump is the
+// printf dump before Solve and, after it, the printf dump of the rows as Solve leaves them
+// (negated where the right-hand side was negative, zeros and all, then grouped by kind).
+TEST_F(ClpSolveDump, IsThePrintfDumpBeforeAndAfterSolve)
+{
+    ProblemGenerator generator(606);
+    for (int k = 0; k < 40; ++k) {
+        LpProblem p = generator.general(generator.integer(1, 9), generator.integer(1, 9));
+        for (auto& row : p.rows)
+            for (double& a : row)
+                a = generator.chance(0.2) ? a * 123456.789 : a / 7;
+        ClpSolve solver;
+        ASSERT_TRUE(p.loadInto(solver));
+        const auto file = mDirectory / "debug.txt";
+        solver.DumpToFile(file.string());
+        ASSERT_EQ(read(file), printfDump(p)) << "problem " << k << " before Solve";
+
+        solver.setPivotLimit(kTestPivotLimit);
+        solver.Solve();
+        LpProblem after = p;
+        after.rows.clear();
+        after.rhs.clear();
+        after.kinds.clear();
+        for (const int kind : {ClpSolve::kAtMost, ClpSolve::kEqual, ClpSolve::kAtLeast}) {
+            for (std::size_t i = 0; i < p.rows.size(); ++i) {
+                const bool flip = p.rhs[i] < 0.0;
+                const int flipped = flip ? -p.kinds[i] : p.kinds[i];
+                if (flipped != kind)
+                    continue;
+                std::vector<double> row = p.rows[i];
+                if (flip)
+                    for (double& a : row)
+                        a = -a;
+                after.addRow(row, kind, flip ? -p.rhs[i] : p.rhs[i]);
+            }
+        }
+        solver.DumpToFile(file.string());
+        ASSERT_EQ(read(file), printfDump(after)) << "problem " << k << " after Solve";
+    }
+}
+
+// A dump past its limit keeps the whole lines that fit and closes with a note giving the size of
+// the whole dump.
+TEST_F(ClpSolveDump, StopsAfterTheWholeLinesWithinItsLimit)
+{
+    LpProblem p;
+    p.columns = 4;
+    p.objective = {1, 2, 3, 4};
+    for (int i = 0; i < 6; ++i)
+        p.addRow({1.5 * i, 0, -2, 1e6}, i % 3 - 1, 100.0 * i);
+    const std::string whole = printfDump(p); // 6 lines of 61 bytes, 2 blank, 4 of 11
+    ASSERT_EQ(whole.size(), 6u * 61 + 2 + 4 * 11);
+    ClpSolve solver;
+    ASSERT_TRUE(p.loadInto(solver));
+    const auto file = mDirectory / "debug.txt";
+    struct Case {
+        std::size_t limit;
+        std::size_t kept; // bytes of the whole dump that stay
+    };
+    for (const Case c :
+         {Case{1000, whole.size()}, Case{whole.size(), whole.size()}, Case{200, 183}, Case{60, 0},
+          Case{6 * 61 + 1, 6 * 61 + 1}, Case{whole.size() - 1, 6 * 61 + 2 + 3 * 11}}) {
+        solver.DumpToFile(file.string(), c.limit);
+        const std::string text = read(file);
+        const std::string note =
+            c.kept == whole.size() ? std::string() : ProgrammeDump::cutNote(c.limit, whole.size(), 6, 4);
+        EXPECT_EQ(text, whole.substr(0, c.kept) + note) << "limit " << c.limit;
+        if (!note.empty()) {
+            EXPECT_NE(note.find(std::to_string(whole.size()) + " bytes"), std::string::npos) << note;
+            EXPECT_NE(note.find("6 rows of 4 columns"), std::string::npos) << note;
+        }
+    }
 }
 
 TEST_F(ClpSolveDump, DoesNothingWhenTheFileCannotBeOpened)

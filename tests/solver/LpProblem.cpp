@@ -1,7 +1,5 @@
 #include "LpProblem.h"
 
-#include "solver/ClpSolve.h"
-
 #include <algorithm>
 #include <utility>
 
@@ -20,20 +18,40 @@ void LpProblem::addRow(std::vector<double> coefficients, int kind, double value)
     rhs.push_back(value);
 }
 
-bool LpProblem::loadInto(ClpSolve& solver) const
+int SparseProblem::count(int kind) const
 {
-    if (!solver.Initialize(rowCount(), columns, sense, count(ClpSolve::kAtLeast), count(ClpSolve::kEqual),
-                           count(ClpSolve::kAtMost)))
-        return false;
-    for (int i = 0; i < rowCount(); ++i) {
-        for (int j = 0; j < columns; ++j)
-            solver.SetCoefficient(i + 1, j + 1,
-                                  rows[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)]);
-        solver.SetConstraint(i + 1, rhs[static_cast<std::size_t>(i)], kinds[static_cast<std::size_t>(i)]);
+    return static_cast<int>(std::count(kinds.begin(), kinds.end(), kind));
+}
+
+void SparseProblem::addRow(const std::vector<double>& coefficients, int kind, double value)
+{
+    std::vector<Entry> entries;
+    for (std::size_t j = 0; j < coefficients.size(); ++j)
+        if (coefficients[j] != 0.0)
+            entries.emplace_back(static_cast<int>(j), coefficients[j]);
+    addRow(std::move(entries), kind, value);
+}
+
+void SparseProblem::addRow(std::vector<Entry> entries, int kind, double value)
+{
+    rows.push_back(std::move(entries));
+    kinds.push_back(kind);
+    rhs.push_back(value);
+}
+
+LpProblem SparseProblem::dense() const
+{
+    LpProblem p;
+    p.columns = columns;
+    p.sense = sense;
+    p.objective = objective;
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        std::vector<double> row(static_cast<std::size_t>(columns), 0.0);
+        for (const auto& [j, a] : rows[i])
+            row[static_cast<std::size_t>(j)] = a;
+        p.addRow(std::move(row), kinds[i], rhs[i]);
     }
-    for (int j = 0; j < columns; ++j)
-        solver.SetObjectiveCoefficient(j + 1, objective[static_cast<std::size_t>(j)]);
-    return true;
+    return p;
 }
 
 double LpProblem::objectiveAt(const std::vector<double>& x) const

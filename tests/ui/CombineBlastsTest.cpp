@@ -1,11 +1,13 @@
 #include "UiTests.h"
 
+#include "common/ReportText.h"
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
 #include "support/ScriptedPrompt.h"
 #include "ui/CCombineBlasts.h"
 #include "ui/CCombineResults.h"
 #include "ui/NumberField.h"
+#include "ui/ReportView.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -14,6 +16,7 @@
 #include <QPlainTextEdit>
 #include <QProgressDialog>
 #include <QPushButton>
+#include <QSpinBox>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -209,23 +212,63 @@ private slots:
     {
         ScriptedPrompt ui;
         CombinationOutcome outcome;
-        outcome.report = "Blast Combination Analysis Results\r\n";
-        outcome.successes = {{{"A", "B"}, {1, 2}}, {{"A", "C"}, {3, 4}}, {{"B", "C"}, {5, 6}}};
+        outcome.names = {"A", "B", "C"};
+        outcome.pairs = {{{0, 1}, {1, 2}}, {{0, 2}, {3, 4}}, {{1, 2}, {5, 6}}};
         outcome.bestIndex = 1;
-        CCombineResults results(outcome, 3, ui);
+        CCombineResults results(outcome, ReportText::fromString("Blast Combination Analysis Results\r\n"), 3,
+                                ui);
         QCOMPARE(results.windowTitle(), QStringLiteral("Combination results"));
         QCOMPARE(results.findChild<QPlainTextEdit*>("report")->toPlainText(),
                  QStringLiteral("Blast Combination Analysis Results\n"));
-        auto* choice = results.findChild<QComboBox*>("combination");
-        QCOMPARE(choice->count(), 3);
-        QCOMPARE(choice->currentText(), QStringLiteral("2"));
+        auto* choice = results.findChild<QSpinBox*>("combination");
+        QCOMPARE(choice->minimum(), 1);
+        QCOMPARE(choice->maximum(), 3);
+        QCOMPARE(choice->value(), 2);
         QCOMPARE(results.chosenIndex(), 1);
-        choice->setCurrentIndex(2);
+        choice->setValue(3);
         QCOMPARE(results.period(), 3);
         results.updateBlasts();
         QCOMPARE(results.period(), 4);
         QCOMPARE(results.chosenIndex(), 2);
+        QCOMPARE(outcome.combination(results.chosenIndex()), (CSuccessfulComb{{"B", "C"}, {5, 6}}));
         QCOMPARE(results.result(), int(QDialog::Accepted));
+    }
+
+    // Hundreds of thousands of pairs: the report stays in its temporary file, the window shows it
+    // through a view that reads the lines in sight, and any pair can be chosen by its number.
+    void aReportOfManyPairsIsShownAPageAtATime()
+    {
+        ScriptedPrompt ui;
+        auto report = std::make_shared<ReportText>(1 << 16);
+        const int pairs = 300000;
+        std::string block;
+        for (int i = 1; i <= pairs; ++i) {
+            block += "Successful combination #" + std::to_string(i) + "\r\n";
+            if (block.size() > (1 << 16)) {
+                report->write(block);
+                block.clear();
+            }
+        }
+        report->write(block);
+        QVERIFY(report->onDisk());
+        CombinationOutcome outcome;
+        outcome.names = {"A", "B"};
+        outcome.pairs.assign(pairs, SuccessfulPair{{0, 1}, {1, 2}});
+        outcome.pairs.back().tonnes = {7, 8};
+        outcome.bestIndex = 0;
+        CCombineResults results(outcome, report, 1, ui);
+        results.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&results));
+        auto* view = results.findChild<ReportView*>("report");
+        QVERIFY(view);
+        QVERIFY(!results.findChild<QPlainTextEdit*>("report"));
+        view->scrollToLine(report->lineCount());
+        QCOMPARE(view->firstVisibleLine() + view->visibleLines(), static_cast<qsizetype>(pairs));
+        view->repaint();
+        auto* choice = results.findChild<QSpinBox*>("combination");
+        QCOMPARE(choice->maximum(), pairs);
+        choice->setValue(pairs);
+        QCOMPARE(outcome.combination(results.chosenIndex()), (CSuccessfulComb{{"A", "B"}, {7, 8}}));
     }
 };
 

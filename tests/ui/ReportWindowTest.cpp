@@ -1,8 +1,10 @@
 #include "UiTests.h"
 
+#include "common/ReportText.h"
 #include "support/ScriptedPrompt.h"
 #include "ui/BlendChartView.h"
 #include "ui/ReportPrinter.h"
+#include "ui/ReportView.h"
 #include "ui/ReportWindow.h"
 
 #include <QFile>
@@ -246,6 +248,34 @@ private slots:
         QCOMPARE(pdfPages(dir.filePath("long.pdf")), textPages + 1);
     }
 
+    // A report past the lines an editor holds is shown a screen at a time and printed and saved from
+    // its temporary file.
+    void aLongReportIsShownPrintedAndSavedFromItsFile()
+    {
+        QTemporaryDir dir;
+        ScriptedPrompt ui;
+        auto report = std::make_shared<ReportText>(1 << 12);
+        std::string whole;
+        for (qsizetype i = 0; i < ReportWindow::kEditableLines + 500; ++i)
+            whole += "Successful combination #" + std::to_string(i + 1) + "\r\n";
+        report->write(whole);
+        QVERIFY(report->onDisk());
+        ReportWindow window("Combination results", report, ui);
+        QVERIFY(window.findChild<ReportView*>("report"));
+        QVERIFY(!window.findChild<QPlainTextEdit*>("report"));
+        QVERIFY(window.writeText(dir.filePath("r.txt")));
+        QFile text(dir.filePath("r.txt"));
+        QVERIFY(text.open(QIODevice::ReadOnly));
+        QVERIFY(text.readAll().toStdString() == whole);
+
+        // Printed page by page from the file: 300 lines need several pages.
+        auto shorter = std::make_shared<ReportText>(1 << 10);
+        shorter->write(longReport(300).toStdString());
+        QVERIFY(shorter->onDisk());
+        QVERIFY(ReportPrinter(shorter).writePdf(dir.filePath("r.pdf")));
+        QVERIFY(pdfPages(dir.filePath("r.pdf")) >= 4);
+        QVERIFY(ui.messages.empty());
+    }
 
     void unwritableTargetIsReported()
     {

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <vector>
+
+namespace kilnova {
+
+/// Dantzig's choice of the entering column over positions 1..size of the non-basic list, as the
+/// pricing walk makes it, without walking. The walk starts from the single-precision 1e30, takes
+/// each position whose reduced cost (double) is strictly below the current minimum and rounds the
+/// minimum to single precision each time. With F the single-precision rounding of the smallest
+/// reduced cost, that walk ends
+///   - on the last position whose reduced cost is below F, if any is (each such one is taken when
+///     the walk meets it, and after the last of them the minimum stays F), and otherwise
+///   - on the first position whose reduced cost rounds to F (the positions before it round above
+///     F, and from it on the minimum is F, which nothing below it undercuts),
+/// and nothing is taken when no reduced cost lies below the start value. Rounding is monotone, so
+/// both positions are found by descending a tree of subtree minima: O(log size) per change and per
+/// choice instead of a walk over every position.
+class PricingTree final {
+public:
+    /// Sizes to `size` positions, none eligible.
+    void reset(int size);
+    /// The reduced cost at a position, or not eligible (an artificial that left the basis). A NaN
+    /// is never taken, as in the walk.
+    void set(int position, double reduced, bool eligible = true);
+    void setIneligible(int position) { set(position, 0.0, false); }
+    /// A position's reduced cost without bringing the tree up to date: many changes at once are
+    /// cheaper followed by one rebuild().
+    void setLeaf(int position, double reduced, bool eligible = true);
+    void rebuild();
+
+    struct Choice {
+        int position = 0;      ///< 0 when nothing was taken
+        float minimum = 1e30f; ///< the walk's single-precision minimum at its end
+    };
+    Choice choose() const;
+
+private:
+    int mSize = 0;
+    int mLeaves = 1;            // a power of two
+    std::vector<double> mNodes; // 1-based heap order; leaf p at mLeaves + p - 1
+};
+
+} // namespace kilnova

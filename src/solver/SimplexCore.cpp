@@ -1,0 +1,407 @@
+#include "solver/SimplexCore.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace kilnova {
+
+namespace {
+
+constexpr double kPrimalTolerance = 1e-9; // relative to the bound
+constexpr double kDualTolerance = 1e-9;   // costs are scaled to a largest magnitude of 1
+constexpr double kPivotTolerance = 1e-9;
+constexpr double kSingular = 1e-11;
+constexpr int kRefactorEvery = 50;
+constexpr int kDegenerateRun = 100; // steps of length zero before Bland's rule takes over
+
+} // namespace
+
+SimplexCore::SimplexCore(const Problem& problem)
+    : mP(problem)
+    , mM(problem.rows)
+    , mN(problem.columns + problem.rows)
+{
+}
+
+double SimplexCore::tolerance(double bound) const
+{
+    return kPrimalTolerance * (1.0 + (std::isfinite(bound) ? std::fabs(bound) : 0.0));
+}
+
+double SimplexCore::outside(int j, double v) const
+{
+    const double l = mP.lower[static_cast<std::size_t>(j)];
+    const double u = mP.upper[static_cast<std::size_t>(j)];
+    if (v < l - tolerance(l))
+        return v - l;
+    if (v > u + tolerance(u))
+        return v - u;
+    return 0.0;
+}
+
+void SimplexCore::refactor()
+{
+    const auto m = static_cast<std::size_t>(mM);
+    for (int attempt = 0; attempt <= mM; ++attempt) {
+        // Gauss-Jordan with partial pivoting on [B | I].
+        std::vector<double> b(m * m, 0.0);
+        for (std::size_t c = 0; c < m; ++c) {
+            const int j = mHead[c];
+            if (j >= mP.columns) {
+                b[static_cast<std::size_t>(j - mP.columns) * m + c] = 1.0;
+                continue;
+            }
+            for (int t = mP.start[static_cast<std::size_t>(j)]; t < mP.start[static_cast<std::size_t>(j) + 1];
+                 ++t)
+                b[static_cast<std::size_t>(mP.index[static_cast<std::size_t>(t)]) * m + c] =
+                    mP.value[static_cast<std::size_t>(t)];
+        }
+        std::vector<double>& inv = mInverse;
+        inv.assign(m * m, 0.0);
+        for (std::size_t i = 0; i < m; ++i)
+            inv[i * m + i] = 1.0;
+        std::vector<int> rowOf(m, -1); // the row each basis position was eliminated on
+        std::vector<bool> used(m, false);
+        int dependent = -1;
+        for (std::size_t c = 0; c < m && dependent < 0; ++c) {
+            std::size_t p = m;
+            double best = kSingular;
+            for (std::size_t i = 0; i < m; ++i) {
+                if (!used[i] && std::fabs(b[i * m + c]) > best) {
+                    best = std::fabs(b[i * m + c]);
+                    p = i;
+                }
+            }
+            if (p == m) {
+                dependent = static_cast<int>(c);
+                break;
+            }
+            used[p] = true;
+            rowOf[c] = static_cast<int>(p);
+            const double pivot = b[p * m + c];
+            for (std::size_t k = 0; k < m; ++k) {
+                b[p * m + k] /= pivot;
+                inv[p * m + k] /= pivot;
+            }
+            for (std::size_t i = 0; i < m; ++i) {
+                const double f = b[i * m + c];
+                if (i == p || f == 0.0)
+                    continue;
+                for (std::size_t k = 0; k < m; ++k) {
+                    b[i * m + k] -= f * b[p * m + k];
+                    inv[i * m + k] -= f * inv[p * m + k];
+                }
+            }
+        }
+        if (dependent < 0) {
+            // Row p of the reduced system belongs to basis position c: put the rows in basis order.
+            std::vector<double> ordered(m * m);
+            for (std::size_t c = 0; c < m; ++c)
+                std::copy_n(inv.begin() + static_cast<std::ptrdiff_t>(static_cast<std::size_t>(rowOf[c]) * m),
+                            m, ordered.begin() + static_cast<std::ptrdiff_t>(c * m));
+            inv.swap(ordered);
+            return;
+        }
+        // Replace the dependent column by the slack of a row no pivot has covered.
+        const int column = mHead[static_cast<std::size_t>(dependent)];
+        std::size_t free = 0;
+        while (free < m && (used[free] || mState[static_cast<std::size_t>(mP.columns) + free] == kBasic))
+            ++free;
+        if (free == m)
+            free = 0;
+        const int slack = mP.columns + static_cast<int>(free);
+        mHead[static_cast<std::size_t>(dependent)] = slack;
+        mState[static_cast<std::size_t>(slack)] = kBasic;
+        const double l = mP.lower[static_cast<std::size_t>(column)];
+        const double u = mP.upper[static_cast<std::size_t>(column)];
+        const bool toLower = std::isfinite(l) &&
+                             (!std::isfinite(u) || std::fabs(mX[static_cast<std::size_t>(column)] - l) <=
+                                                       std::fabs(mX[static_cast<std::size_t>(column)] - u));
+        mState[static_cast<std::size_t>(column)] = toLower ? kAtLower : kAtUpper;
+        mX[static_cast<std::size_t>(column)] = toLower ? l : u;
+    }
+}
+
+void SimplexCore::computeBasics()
+{
+    const auto m = static_cast<std::size_t>(mM);
+    std::vector<double> r(mP.rhs.begin(), mP.rhs.end());
+    for (int j = 0; j < mN; ++j) {
+        const auto u = static_cast<std::size_t>(j);
+        if (mState[u] == kBasic || mX[u] == 0.0)
+            continue;
+        if (j >= mP.columns) {
+            r[static_cast<std::size_t>(j - mP.columns)] -= mX[u];
+            continue;
+        }
+        for (int t = mP.start[u]; t < mP.start[u + 1]; ++t)
+            r[static_cast<std::size_t>(mP.index[static_cast<std::size_t>(t)])] -=
+                mP.value[static_cast<std::size_t>(t)] * mX[u];
+    }
+    for (std::size_t i = 0; i < m; ++i) {
+        double sum = 0.0;
+        for (std::size_t k = 0; k < m; ++k)
+            sum += mInverse[i * m + k] * r[k];
+        mX[static_cast<std::size_t>(mHead[i])] = sum;
+    }
+}
+
+void SimplexCore::computePrices(bool phase1)
+{
+    const auto m = static_cast<std::size_t>(mM);
+    std::fill(mY.begin(), mY.end(), 0.0);
+    for (std::size_t i = 0; i < m; ++i) {
+        const int j = mHead[i];
+        double c = 0.0;
+        if (phase1) {
+            const double o = outside(j, mX[static_cast<std::size_t>(j)]);
+            c = o < 0.0 ? -1.0 : o > 0.0 ? 1.0 : 0.0;
+        } else if (j < mP.columns) {
+            c = mP.cost[static_cast<std::size_t>(j)];
+        }
+        if (c == 0.0)
+            continue;
+        for (std::size_t k = 0; k < m; ++k)
+            mY[k] += c * mInverse[i * m + k];
+    }
+}
+
+double SimplexCore::columnTimes(const std::vector<double>& y, int j) const
+{
+    if (j >= mP.columns)
+        return y[static_cast<std::size_t>(j - mP.columns)];
+    double sum = 0.0;
+    const auto u = static_cast<std::size_t>(j);
+    for (int t = mP.start[u]; t < mP.start[u + 1]; ++t)
+        sum += y[static_cast<std::size_t>(mP.index[static_cast<std::size_t>(t)])] *
+               mP.value[static_cast<std::size_t>(t)];
+    return sum;
+}
+
+void SimplexCore::computeAlpha(int j)
+{
+    const auto m = static_cast<std::size_t>(mM);
+    std::fill(mAlpha.begin(), mAlpha.end(), 0.0);
+    if (j >= mP.columns) {
+        const auto k = static_cast<std::size_t>(j - mP.columns);
+        for (std::size_t i = 0; i < m; ++i)
+            mAlpha[i] = mInverse[i * m + k];
+        return;
+    }
+    const auto u = static_cast<std::size_t>(j);
+    for (int t = mP.start[u]; t < mP.start[u + 1]; ++t) {
+        const auto k = static_cast<std::size_t>(mP.index[static_cast<std::size_t>(t)]);
+        const double a = mP.value[static_cast<std::size_t>(t)];
+        for (std::size_t i = 0; i < m; ++i)
+            mAlpha[i] += mInverse[i * m + k] * a;
+    }
+}
+
+int SimplexCore::price(bool phase1, int& direction) const
+{
+    int entering = -1;
+    double best = 0.0;
+    for (int j = 0; j < mN; ++j) {
+        const auto u = static_cast<std::size_t>(j);
+        if (mState[u] == kBasic || isFixed(j))
+            continue;
+        const double c = !phase1 && j < mP.columns ? mP.cost[u] : 0.0;
+        const double d = c - columnTimes(mY, j);
+        int dir = 0;
+        if (d < -kDualTolerance && mX[u] < mP.upper[u])
+            dir = 1;
+        else if (d > kDualTolerance && mX[u] > mP.lower[u])
+            dir = -1;
+        if (dir == 0)
+            continue;
+        if (mBland) {
+            direction = dir;
+            return j;
+        }
+        if (std::fabs(d) > best) {
+            best = std::fabs(d);
+            entering = j;
+            direction = dir;
+        }
+    }
+    return entering;
+}
+
+SimplexCore::Step SimplexCore::ratioTest(int entering, int direction, bool phase1) const
+{
+    // Basic i moves at rate -direction * alpha[i] per unit step. Pass 1 finds the longest step that
+    // keeps every basic within its bounds widened by the tolerance; pass 2 takes, among the rows
+    // that block within it, the one with the largest |alpha|.
+    struct Limit {
+        double exact = 0.0;
+        double relaxed = 0.0;
+        bool toUpper = false;
+    };
+    std::vector<Limit> limits(static_cast<std::size_t>(mM));
+    std::vector<bool> blocks(static_cast<std::size_t>(mM), false);
+    double thetaMax = kInfinity;
+    for (int i = 0; i < mM; ++i) {
+        const auto ui = static_cast<std::size_t>(i);
+        const double a = mAlpha[ui];
+        if (std::fabs(a) < kPivotTolerance)
+            continue;
+        const int j = mHead[ui];
+        const auto uj = static_cast<std::size_t>(j);
+        const double rate = -direction * a;
+        const double v = mX[uj];
+        const double l = mP.lower[uj];
+        const double u = mP.upper[uj];
+        const double o = phase1 ? outside(j, v) : 0.0;
+        Limit limit;
+        if (o < 0.0) {
+            // Below its lower bound: it blocks when it reaches it, going up.
+            if (rate <= 0.0)
+                continue;
+            limit.exact = limit.relaxed = (l - v) / rate;
+        } else if (o > 0.0) {
+            if (rate >= 0.0)
+                continue;
+            limit.exact = limit.relaxed = (v - u) / -rate;
+            limit.toUpper = true;
+        } else if (rate < 0.0) {
+            if (!std::isfinite(l))
+                continue;
+            limit.exact = (v - l) / -rate;
+            limit.relaxed = (v - l + tolerance(l)) / -rate;
+        } else {
+            if (!std::isfinite(u))
+                continue;
+            limit.exact = (u - v) / rate;
+            limit.relaxed = (u - v + tolerance(u)) / rate;
+            limit.toUpper = true;
+        }
+        limits[ui] = limit;
+        blocks[ui] = true;
+        thetaMax = std::min(thetaMax, limit.relaxed);
+    }
+    Step step;
+    const auto q = static_cast<std::size_t>(entering);
+    const double range = mP.upper[q] - mP.lower[q];
+    if (std::isfinite(range) && range <= thetaMax) {
+        step.flip = true;
+        step.theta = range;
+        return step;
+    }
+    if (!std::isfinite(thetaMax)) {
+        step.unbounded = true;
+        return step;
+    }
+    double largest = 0.0;
+    for (int i = 0; i < mM; ++i) {
+        const auto ui = static_cast<std::size_t>(i);
+        if (!blocks[ui] || limits[ui].exact > thetaMax)
+            continue;
+        const double a = std::fabs(mAlpha[ui]);
+        const bool better =
+            mBland ? (step.row < 0 || mHead[ui] < mHead[static_cast<std::size_t>(step.row)]) : a > largest;
+        if (better) {
+            largest = a;
+            step.row = i;
+        }
+    }
+    step.theta = std::max(0.0, limits[static_cast<std::size_t>(step.row)].exact);
+    step.toUpper = limits[static_cast<std::size_t>(step.row)].toUpper;
+    return step;
+}
+
+void SimplexCore::pivot(int entering, int direction, const Step& step)
+{
+    const auto m = static_cast<std::size_t>(mM);
+    const auto q = static_cast<std::size_t>(entering);
+    const double move = direction * step.theta;
+    for (std::size_t i = 0; i < m; ++i)
+        mX[static_cast<std::size_t>(mHead[i])] -= move * mAlpha[i];
+    mX[q] += move;
+    if (step.flip) {
+        mState[q] = direction > 0 ? kAtUpper : kAtLower;
+        mX[q] = direction > 0 ? mP.upper[q] : mP.lower[q];
+        return;
+    }
+    const auto r = static_cast<std::size_t>(step.row);
+    const auto leaving = static_cast<std::size_t>(mHead[r]);
+    // It leaves at the bound it was heading for.
+    mState[leaving] = step.toUpper ? kAtUpper : kAtLower;
+    mX[leaving] = step.toUpper ? mP.upper[leaving] : mP.lower[leaving];
+    mHead[r] = entering;
+    mState[q] = kBasic;
+    // Product-form update of the explicit inverse.
+    const double pivot = mAlpha[r];
+    for (std::size_t k = 0; k < m; ++k)
+        mInverse[r * m + k] /= pivot;
+    for (std::size_t i = 0; i < m; ++i) {
+        const double f = mAlpha[i];
+        if (i == r || f == 0.0)
+            continue;
+        for (std::size_t k = 0; k < m; ++k)
+            mInverse[i * m + k] -= f * mInverse[r * m + k];
+    }
+}
+
+SimplexCore::Result SimplexCore::run(int iterationLimit)
+{
+    const auto m = static_cast<std::size_t>(mM);
+    mHead.resize(m);
+    mState.assign(static_cast<std::size_t>(mN), kAtLower);
+    mX.assign(static_cast<std::size_t>(mN), 0.0);
+    mY.assign(m, 0.0);
+    mAlpha.assign(m, 0.0);
+    for (int j = 0; j < mP.columns; ++j) {
+        const auto u = static_cast<std::size_t>(j);
+        // Every column has a finite lower bound (x >= 0 at least).
+        mX[u] = mP.lower[u];
+    }
+    for (std::size_t i = 0; i < m; ++i) {
+        mHead[i] = mP.columns + static_cast<int>(i);
+        mState[static_cast<std::size_t>(mHead[i])] = kBasic;
+    }
+    refactor();
+    computeBasics();
+    bool fresh = true;
+    int degenerate = 0;
+    for (mIterations = 0; mIterations < iterationLimit; ++mIterations) {
+        if (!fresh && mIterations % kRefactorEvery == 0) {
+            refactor();
+            computeBasics();
+            fresh = true;
+        }
+        bool phase1 = false;
+        for (std::size_t i = 0; i < m && !phase1; ++i)
+            phase1 = outside(mHead[i], mX[static_cast<std::size_t>(mHead[i])]) != 0.0;
+        computePrices(phase1);
+        int direction = 0;
+        const int entering = price(phase1, direction);
+        if (entering < 0) {
+            // Decided on values computed afresh only.
+            if (!fresh) {
+                refactor();
+                computeBasics();
+                fresh = true;
+                continue;
+            }
+            return phase1 ? Result::Infeasible : Result::Optimal;
+        }
+        computeAlpha(entering);
+        const Step step = ratioTest(entering, direction, phase1);
+        if (step.unbounded) {
+            if (!fresh) {
+                refactor();
+                computeBasics();
+                fresh = true;
+                continue;
+            }
+            return Result::Unbounded;
+        }
+        pivot(entering, direction, step);
+        fresh = false;
+        degenerate = step.theta > 0.0 ? 0 : degenerate + 1;
+        mBland = degenerate >= kDegenerateRun;
+    }
+    return Result::IterationLimit;
+}
+
+} // namespace kilnova

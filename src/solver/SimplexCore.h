@@ -1,0 +1,75 @@
+#pragma once
+
+#include <limits>
+#include <vector>
+
+namespace kilnova {
+
+/// The iterations of the second method on a scaled programme in computational form:
+///   minimise cost . z  subject to  A z + s = rhs,  lower <= (z, s) <= upper,
+/// one slack s_i per row (its bounds give the row's kind). A primal simplex with a dense explicit
+/// inverse of the basis, refactorised regularly; phase 1 minimises the sum of infeasibilities.
+class SimplexCore final {
+public:
+    static constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+    struct Problem {
+        int rows = 0;
+        int columns = 0;
+        /// A by columns: column j's entries are index/value[start[j] .. start[j + 1] - 1].
+        std::vector<int> start;
+        std::vector<int> index;
+        std::vector<double> value;
+        std::vector<double> rhs;   ///< per row
+        std::vector<double> lower; ///< per column, then per row for its slack
+        std::vector<double> upper;
+        std::vector<double> cost; ///< per column; slacks cost nothing
+    };
+    enum class Result { Optimal, Infeasible, Unbounded, IterationLimit };
+
+    explicit SimplexCore(const Problem& problem);
+
+    Result run(int iterationLimit);
+    /// Every variable's value: the columns, then the slacks.
+    const std::vector<double>& values() const { return mX; }
+    int iterations() const { return mIterations; }
+
+private:
+    enum State : unsigned char { kBasic, kAtLower, kAtUpper };
+    struct Step {
+        bool unbounded = false;
+        bool flip = false;    // the entering variable only moves to its other bound
+        int row = -1;         // the leaving row
+        bool toUpper = false; // the bound the leaving variable stops at
+        double theta = 0.0;
+    };
+
+    bool isFixed(int j) const { return mP.lower[j] == mP.upper[j]; }
+    double tolerance(double bound) const;
+    /// How far a value lies outside its variable's bounds: below (< 0), above (> 0) or 0.
+    double outside(int j, double v) const;
+    /// The inverse of the basis, replacing by slacks the columns that make it singular.
+    void refactor();
+    void computeBasics();
+    void computePrices(bool phase1);
+    double columnTimes(const std::vector<double>& y, int j) const;
+    void computeAlpha(int j);
+    /// The entering variable and its direction (+1 up, -1 down), or -1.
+    int price(bool phase1, int& direction) const;
+    Step ratioTest(int entering, int direction, bool phase1) const;
+    void pivot(int entering, int direction, const Step& step);
+
+    const Problem& mP;
+    int mM = 0;
+    int mN = 0; // columns and slacks
+    std::vector<int> mHead;
+    std::vector<State> mState;
+    std::vector<double> mX;
+    std::vector<double> mInverse; // row-major m x m
+    std::vector<double> mY;
+    std::vector<double> mAlpha;
+    int mIterations = 0;
+    bool mBland = false;
+};
+
+} // namespace kilnova
