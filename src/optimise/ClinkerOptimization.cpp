@@ -289,8 +289,9 @@ std::vector<SourceUpdate::Take> ClinkerOptimization::takesOf(const Result& resul
 BlendChartData ClinkerOptimization::chartOf(const Result& result)
 {
     const ClinkerRequest& r = result.request;
+    // The tonnage the report says is needed: the requested one unless the blend degenerates.
     return BlendChartData::of(r.mode, r.element, r.target, r.constraints, result.balance.clinker,
-                              result.balance.clinkerTonnage);
+                              result.balance.areNeeded());
 }
 
 CClinkerOptParameters ClinkerOptimization::parametersForOk(const CClinkerOptParameters& previous) const

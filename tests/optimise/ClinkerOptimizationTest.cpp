@@ -123,6 +123,8 @@ TEST_F(ClinkerOptimizationTest, OptimizeReportsDumpsAndStoresAllOrNothing)
     ASSERT_TRUE(r.outcome.solved) << r.outcome.message.toStdString();
     EXPECT_TRUE(r.report.contains("tonnes of Crude Meal A; Mill 1  (90.25% of crude, 90.25% of clinker)\r\n"))
         << r.report.toStdString();
+    // The chart names the tonnage the report says is needed, not the sum of single-precision shares.
+    EXPECT_EQ(ClinkerOptimization::chartOf(r).tonnage, 650.0);
     QFile dump(path("debug.txt"));
     ASSERT_TRUE(dump.open(QIODevice::ReadOnly));
     // The SiO2 maximum row: 13 - 20.83 * 0.65, 15.2 - 13.5395, the coal's 5.
