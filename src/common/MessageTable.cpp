@@ -213,6 +213,10 @@ const QHash<int, QString>& table()
                                "it again.")},
         {31807, QStringLiteral("The backup of %1 has changed since the list was shown (restored or deleted "
                                "meanwhile), so nothing was restored. Open the list again.")},
+        {31808, QStringLiteral("The %1 has changed since it was chosen for Update Actual Stockpiles, so "
+                               "nothing was blended. Open Update Actual Stockpiles again.")},
+        {31809, QStringLiteral("The %1 is no longer in the database, so nothing was blended. Open Update "
+                               "Actual Stockpiles again.")},
 
         {32001,
          QStringLiteral("\"%1\" is neither a stockpile, written NAME (SOURCE), nor an additive of this "

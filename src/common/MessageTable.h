@@ -145,6 +145,8 @@ enum class Msg : int {
     SourceGone,
     BlastTableChanged,
     BackupChanged,
+    BlendSourceChanged,
+    BlendSourceGone,
     // Stockpile optimisation and the Actual stockpiles (32000-32099). A source gone from its table
     // before the run is SourceRecordGone.
     UnknownSource = 32001,

@@ -118,6 +118,11 @@ std::optional<QString> ActualStockpileUpdate::apply(ProjectDatabase& db, const R
     if (const std::optional<QString> gone = db.missingFileMessage())
         throw DatabaseError(*gone);
     Transaction transaction(db);
+    try {
+        request.seen.verify(db);
+    } catch (const SourceSnapshot::Changed& changed) {
+        return message(changed.gone() ? Msg::BlendSourceGone : Msg::BlendSourceChanged, {changed.row()});
+    }
     Records records;
     if (std::optional<QString> refused = read(db, request, records))
         return refused;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/Record.h"
+#include "database/SourceSnapshot.h"
 
 #include <optional>
 #include <vector>
@@ -24,6 +25,10 @@ public:
         RecordKey destination;
         std::vector<RecordKey> sources;
         bool deleteSources = false;
+        /// The stockpiles as they were when the user chose them, checked again in the write
+        /// transaction: a blend never adds tonnes the user did not see. Empty when they were named
+        /// alone (the command line), where what the transaction reads is what counts.
+        SourceSnapshot seen = {};
     };
 
     /// The records a blend works on, as they are in the database when it runs.
@@ -43,9 +48,9 @@ public:
     /// The destination as the blend leaves it (the arithmetic alone).
     static Record blended(const Records& records);
 
-    /// Refuses, reads, blends, writes the destination and deletes the sources if asked, all in one
-    /// transaction or nothing. Returns the message when nothing was done for a reason the user can
-    /// mend; throws DatabaseError when the database fails (the file gone included).
+    /// Refuses, checks `seen`, reads, blends, writes the destination and deletes the sources if
+    /// asked, all in one immediate transaction or nothing. Returns the message when nothing was done for a
+    /// reason the user can mend; throws DatabaseError when the database fails (the file gone included).
     static std::optional<QString> apply(ProjectDatabase& db, const Request& request);
 
     /// apply(), telling the user of a refusal or a failure; true when the blend was stored.

@@ -10,6 +10,9 @@
 #include <QSqlError>
 #include <QSqlQuery>
 
+#include <cmath>
+#include <limits>
+
 namespace kilnova {
 
 namespace {
@@ -75,6 +78,34 @@ ExternalStockpiles::~ExternalStockpiles()
     QSqlDatabase::removeDatabase(mName);
 }
 
+ExternalStockpiles::Row ExternalStockpiles::rowFrom(const std::vector<QVariant>& values)
+{
+    auto at = [&](std::size_t column) {
+        return column < values.size() ? values[column] : QVariant();
+    };
+    Row row;
+    row.name = at(0).toString();
+    row.source = at(1).toString();
+    auto number = [&](std::size_t column, const char* name, double limit) {
+        const QVariant v = at(column);
+        if (v.isNull())
+            return -1.0;
+        bool ok = false;
+        const double d = v.typeId() == QMetaType::QString ? QLocale::c().toDouble(v.toString().trimmed(), &ok)
+                                                          : v.toDouble(&ok);
+        // "nan", "inf" and numbers the analysis cannot keep would be stored as values no formula
+        // copes with (and narrowing them to the analysis is undefined).
+        if (!ok || !std::isfinite(d) || std::abs(d) > limit)
+            throw ExternalSourceError(
+                message(Msg::ExternalNotANumber, {row.name, v.toString(), QString::fromLatin1(name)}));
+        return d;
+    };
+    row.quantity = number(2, "Quantity", std::numeric_limits<double>::max());
+    for (std::size_t i = 0; i < row.values.size(); ++i)
+        row.values[i] = number(3 + i, kColumns[i], std::numeric_limits<float>::max());
+    return row;
+}
+
 std::vector<ExternalStockpiles::Row> ExternalStockpiles::readActual() const
 {
     QSqlQuery query(QSqlDatabase::database(mName, false));
@@ -90,27 +121,11 @@ std::vector<ExternalStockpiles::Row> ExternalStockpiles::readActual() const
             message(Msg::ExternalCannotRead, {mDatabaseName, errorText(query.lastError())}));
 
     std::vector<Row> rows;
+    std::vector<QVariant> values(3 + kValueCount);
     while (query.next()) {
-        Row row;
-        row.name = query.value(0).toString();
-        row.source = query.value(1).toString();
-        auto number = [&](int column, const char* name) {
-            const QVariant v = query.value(column);
-            if (v.isNull())
-                return -1.0;
-            bool ok = false;
-            const double d = v.typeId() == QMetaType::QString
-                                 ? QLocale::c().toDouble(v.toString().trimmed(), &ok)
-                                 : v.toDouble(&ok);
-            if (!ok)
-                throw ExternalSourceError(
-                    message(Msg::ExternalNotANumber, {row.name, v.toString(), QString::fromLatin1(name)}));
-            return d;
-        };
-        row.quantity = number(2, "Quantity");
-        for (int i = 0; i < kValueCount; ++i)
-            row.values[static_cast<std::size_t>(i)] = number(3 + i, kColumns[i]);
-        rows.push_back(std::move(row));
+        for (std::size_t i = 0; i < values.size(); ++i)
+            values[i] = query.value(static_cast<int>(i));
+        rows.push_back(rowFrom(values));
     }
     if (query.lastError().isValid())
         throw ExternalSourceError(

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QVariant>
 
 #include <array>
 #include <vector>
@@ -38,6 +39,11 @@ public:
     /// The rows of Actual 1 to Actual 4, in the order the source gives them. Throws
     /// ExternalSourceError for a missing table or column, or text where a number belongs.
     std::vector<Row> readActual() const;
+
+    /// One row as the source gave it, Name to C4AF in the order the query names them (a column
+    /// beyond the values given reads as empty). Text is read in the C locale; a value that is not a
+    /// finite number, or an analysis value beyond what the analysis keeps, throws ExternalSourceError.
+    static Row rowFrom(const std::vector<QVariant>& values);
 
     /// What Qt's ODBC driver is to be given for a chosen connection: a data source's bare name, or a
     /// connection string it passes on as it stands.

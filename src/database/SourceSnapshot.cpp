@@ -10,6 +10,11 @@ void SourceSnapshot::add(Table table, const RecordKey& key, double quantity, con
     mRows.push_back({table, key, quantity, analysis});
 }
 
+void SourceSnapshot::add(const Record& record)
+{
+    add(record.table(), record.key(), record.number(QStringLiteral("Quantity")), record.analysis());
+}
+
 QString SourceSnapshot::describe(Table table, const RecordKey& key)
 {
     const QString noun = Schema::table(table).name.toLower();

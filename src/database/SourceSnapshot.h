@@ -35,6 +35,8 @@ public:
 
     /// The row found by this key held this tonnage and analysis when it was read.
     void add(Table table, const RecordKey& key, double quantity, const Analysis& analysis);
+    /// The record as it was read.
+    void add(const Record& record);
     bool isEmpty() const { return mRows.empty(); }
 
     /// Throws Changed for the first row that is gone or differs; DatabaseError when reading fails.

@@ -245,9 +245,10 @@ std::span<const int> SparseInverse::update(int r, const SparseVector& alpha)
                 mMerged.push_back(cell);
             }
         };
+        const double pivot = p; // a structured binding cannot be captured by clang 14
         const auto pass = [&](Cell& cell) {
             if (cell.row == r)
-                give(cell, p * inverse);
+                give(cell, pivot * inverse);
             else if (merging)
                 mMerged.push_back(cell);
         };

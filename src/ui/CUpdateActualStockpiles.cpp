@@ -1,5 +1,7 @@
 #include "ui/CUpdateActualStockpiles.h"
 
+#include "database/DatabaseError.h"
+#include "database/RecordTable.h"
 #include "tables/TableEditor.h"
 
 #include <QCheckBox>
@@ -34,6 +36,14 @@ CUpdateActualStockpiles::CUpdateActualStockpiles(ProjectDatabase& db, UserPrompt
     mDelete->setObjectName(QStringLiteral("deleteSources"));
     mSources->setSelectionMode(QAbstractItemView::ExtendedSelection);
     mDestination->setSelectionMode(QAbstractItemView::SingleSelection);
+    try {
+        const RecordTable table(db, Table::Stockpile);
+        for (const RecordKey& key : mKeys)
+            mShown.push_back(table.find(key));
+    } catch (const DatabaseError&) {
+        // Unreadable now, so OK will fail on the database and say why; nothing to compare with.
+        mShown.assign(mKeys.size(), std::nullopt);
+    }
     int destination = -1;
     for (std::size_t i = 0; i < mKeys.size(); ++i) {
         mSources->addItem(keyText(mKeys[i]));
@@ -62,13 +72,21 @@ CUpdateActualStockpiles::CUpdateActualStockpiles(ProjectDatabase& db, UserPrompt
 ActualStockpileUpdate::Request CUpdateActualStockpiles::request() const
 {
     ActualStockpileUpdate::Request r;
+    auto remember = [&](std::size_t i) {
+        if (mShown[i])
+            r.seen.add(*mShown[i]);
+    };
     for (int i = 0; i < mSources->count(); ++i) {
-        if (mSources->item(i)->isSelected())
+        if (mSources->item(i)->isSelected()) {
             r.sources.push_back(mKeys[static_cast<std::size_t>(i)]);
+            remember(static_cast<std::size_t>(i));
+        }
     }
     const int destination = mDestination->currentRow();
-    if (destination >= 0 && destination < static_cast<int>(mKeys.size()))
+    if (destination >= 0 && destination < static_cast<int>(mKeys.size())) {
         r.destination = mKeys[static_cast<std::size_t>(destination)];
+        remember(static_cast<std::size_t>(destination));
+    }
     r.deleteSources = mDelete->isChecked();
     return r;
 }

@@ -19,7 +19,8 @@ class CUpdateActualStockpiles final : public QDialog {
     Q_OBJECT
 public:
     /// `stockpiles` in list order; `sources` are selected in the Source list at first; the destination
-    /// starts on the first Actual stockpile.
+    /// starts on the first Actual stockpile. The stockpiles are read as they are now: OK blends only
+    /// if the chosen ones still hold that.
     CUpdateActualStockpiles(ProjectDatabase& db, UserPrompt& ui, const std::vector<RecordKey>& stockpiles,
                             const std::vector<RecordKey>& sources, QWidget* parent = nullptr);
 
@@ -35,6 +36,7 @@ private:
     ProjectDatabase& mDb;
     UserPrompt& mUi;
     std::vector<RecordKey> mKeys;
+    std::vector<std::optional<Record>> mShown; // mKeys as they were when the dialog opened
     QListWidget* mSources;
     QListWidget* mDestination;
     QCheckBox* mDelete;

@@ -1,5 +1,6 @@
 #include "database/ActualRefresh.h"
 #include "common/MessageTable.h"
+#include "database/ExternalSourceError.h"
 #include "database/OdbcCatalog.h"
 #include "database/RecordTable.h"
 #include "support/OdbcTestSource.h"
@@ -221,6 +222,57 @@ TEST_F(ActualRefreshTest, AVanishedDatabaseFileIsToldAfterTheQuestion)
     ASSERT_EQ(ui.messages.size(), 1u);
     EXPECT_EQ(ui.messages[0].text, message(Msg::DatabaseOperationFailed));
     EXPECT_EQ(stockpiles(), before);
+}
+
+TEST(ExternalRowTest, ValuesAsTheDriverGivesThemBecomeNumbersOrARefusal)
+{
+    // The driver hands over text, numbers or NULL; whatever it is, the row holds finite numbers the
+    // analysis can keep, or nothing is read.
+    auto refusal = [](const char* value, const char* column) {
+        return message(Msg::ExternalNotANumber, {"Actual 1", value, column});
+    };
+    struct Case {
+        const char* name;
+        std::vector<QVariant> values; // Name, Source, Quantity, Titration, SiO2, ...
+        double quantity;
+        double titration;
+        double SiO2;
+        QString message; // empty: read
+    };
+    const QVariant null(QMetaType::fromType<double>());
+    const Case cases[] = {
+        {"text with blanks", {"Actual 1", "Actual", " 1250.5 ", "0.5", "1e2"}, 1250.5, 0.5, 100, {}},
+        {"numbers", {"Actual 1", "Actual", 980.0, qlonglong(3), 14.25}, 980, 3, 14.25, {}},
+        {"NULL and missing columns", {"Actual 1", "Actual", null}, -1, -1, -1, {}},
+        {"a tonnage beyond any analysis value", {"Actual 1", "Actual", 1e300}, 1e300, -1, -1, {}},
+        {"nan as text", {"Actual 1", "Actual", "nan"}, 0, 0, 0, refusal("nan", "Quantity")},
+        {"inf as a number",
+         {"Actual 1", "Actual", 1.0, std::numeric_limits<double>::infinity()},
+         0,
+         0,
+         0,
+         refusal("inf", "Titration")},
+        {"beyond what the analysis keeps",
+         {"Actual 1", "Actual", 1.0, 0.0, "4e38"},
+         0,
+         0,
+         0,
+         refusal("4e38", "SiO2")},
+        {"decimal comma", {"Actual 1", "Actual", 1.0, 0.0, "12,5"}, 0, 0, 0, refusal("12,5", "SiO2")},
+    };
+    for (const Case& c : cases) {
+        try {
+            const ExternalStockpiles::Row row = ExternalStockpiles::rowFrom(c.values);
+            EXPECT_TRUE(c.message.isEmpty()) << c.name;
+            EXPECT_EQ(row.name, "Actual 1") << c.name;
+            EXPECT_EQ(row.quantity, c.quantity) << c.name;
+            EXPECT_EQ(row.values[0], c.titration) << c.name;
+            EXPECT_EQ(row.values[1], c.SiO2) << c.name;
+            EXPECT_EQ(row.values[20], -1.0) << c.name << ": C4AF not given";
+        } catch (const ExternalSourceError& e) {
+            EXPECT_EQ(e.message(), c.message) << c.name;
+        }
+    }
 }
 
 } // namespace

@@ -7,6 +7,8 @@
 
 #include <QFile>
 
+#include <functional>
+
 namespace kilnova {
 namespace {
 
@@ -150,6 +152,59 @@ TEST_F(ActualStockpileUpdateTest, AVanishedDatabaseFileIsToldAndNothingIsWritten
     EXPECT_TRUE(ui.messages[0].details.contains("is no longer there"))
         << ui.messages[0].details.toStdString();
     EXPECT_EQ(pile(kActual1).number("Quantity"), 0.0) << "the open connection still reads the old file";
+}
+
+TEST_F(ActualStockpileUpdateTest, BlendsOnlyWhatTheUserChoseAsItWas)
+{
+    // Chosen when Actual 1 held 300 t and Bed A 100 t; then another program acts before OK.
+    struct Case {
+        const char* name;
+        std::function<void()> meanwhile;
+        QString message; // empty: blended
+    };
+    const Case cases[] = {
+        {"unchanged", [] {}, {}},
+        {"source tonnage changed", [&] { setPile(kBed, 60, {}); },
+         message(Msg::BlendSourceChanged, {"stockpile \"Bed A\" from \"Pre-blending\""})},
+        {"destination analysis changed",
+         [&] {
+             setPile(kActual1, 300, {{Element::CaO, 45}});
+         },
+         "The stockpile \"Actual 1\" from \"Actual\" has changed since it was chosen for Update Actual "
+         "Stockpiles, so nothing was blended. Open Update Actual Stockpiles again."},
+        {"source deleted", [&] { RecordTable(*mDb, Table::Stockpile).remove(kBed); },
+         "The stockpile \"Bed A\" from \"Pre-blending\" is no longer in the database, so nothing was "
+         "blended. Open Update Actual Stockpiles again."},
+        {"source deleted and added again with other tonnes",
+         [&] {
+             RecordTable(*mDb, Table::Stockpile).remove(kBed);
+             setPile(kBed, 100.5, {{Element::SiO2, 12}});
+         },
+         message(Msg::BlendSourceChanged, {"stockpile \"Bed A\" from \"Pre-blending\""})},
+    };
+    for (const Case& c : cases) {
+        setPile(kActual1, 300, {{Element::SiO2, 14}, {Element::CaO, 44}});
+        setPile(kBed, 100, {{Element::SiO2, 12}, {Element::CaO, 48}});
+        ActualStockpileUpdate::Request request{kActual1, {kBed}, true};
+        request.seen.add(pile(kActual1));
+        request.seen.add(pile(kBed));
+        c.meanwhile();
+        const std::vector<Record> before = RecordTable(*mDb, Table::Stockpile).all();
+
+        test::ScriptedPrompt ui;
+        const bool stored = ActualStockpileUpdate::applyAsking(*mDb, ui, request);
+        if (c.message.isEmpty()) {
+            EXPECT_TRUE(stored) << c.name;
+            EXPECT_TRUE(ui.messageTexts().isEmpty()) << c.name;
+            EXPECT_EQ(pile(kActual1).number("Quantity"), 400.0) << c.name;
+            EXPECT_EQ(pile(kActual1).analysis()[at(Element::SiO2)], 13.5f) << c.name; // (4200 + 1200) / 400
+            EXPECT_FALSE(RecordTable(*mDb, Table::Stockpile).find(kBed)) << c.name;
+        } else {
+            EXPECT_FALSE(stored) << c.name;
+            EXPECT_EQ(ui.messageTexts(), QStringList{c.message}) << c.name;
+            EXPECT_EQ(RecordTable(*mDb, Table::Stockpile).all(), before) << c.name << ": nothing written";
+        }
+    }
 }
 
 } // namespace

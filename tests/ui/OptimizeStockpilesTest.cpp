@@ -161,6 +161,27 @@ private slots:
             100.0);
         QVERIFY(!RecordTable(*mDoc.database(), Table::Stockpile).find({"Pile A", "Quarry"}));
     }
+
+    void updateActualRefusesAStockpileChangedWhileTheDialogIsOpen()
+    {
+        const std::vector<RecordKey> keys = StockpileOptimization(*mDoc.database(), {}).stockpileKeys();
+        ScriptedPrompt ui;
+        CUpdateActualStockpiles dialog(*mDoc.database(), ui, keys, {{"Pile A", "Quarry"}});
+        RecordTable table(*mDoc.database(), Table::Stockpile);
+        Record pile = *table.find({"Pile A", "Quarry"});
+        pile.setValue("Quantity", 90.0); // taken meanwhile by another window or program
+        table.update(pile);
+        const std::vector<Record> before = table.all();
+
+        dialog.show();
+        dialog.accept();
+        QVERIFY(dialog.isVisible());
+        QCOMPARE(ui.messageTexts(),
+                 QStringList{"The stockpile \"Pile A\" from \"Quarry\" has changed since it was chosen for "
+                             "Update Actual Stockpiles, so nothing was blended. Open Update Actual "
+                             "Stockpiles again."});
+        QVERIFY(table.all() == before);
+    }
 };
 
 static RegisterUiTest<OptimizeStockpilesTest> registerOptimizeStockpilesTest("OptimizeStockpilesTest");
