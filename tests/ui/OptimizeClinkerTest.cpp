@@ -183,7 +183,7 @@ private slots:
         QCOMPARE(chart->chart().rows.size(), std::size_t{2});
         QCOMPARE(chart->chart().rows[0].element, elementIndex(Element::SiO2));
         QCOMPARE(chart->chart().rows[0].binding, BlendChartData::Binding::Maximum);
-        QCOMPARE(chart->chart().tonnage, result.balance.clinkerTonnage);
+        QCOMPARE(chart->chart().tonnage, 650.0); // as the report says, not 650.000000115
         auto* store = window.findChild<QPushButton*>("storeClinker");
         ui.textAnswers = {QStringLiteral("K-650"), QStringLiteral("Meal AB")};
         ui.yesNoAnswers = {true};
