@@ -7,6 +7,7 @@
 #include "optimise/BlastOptimization.h"
 #include "optimise/BlendSummary.h"
 #include "optimise/CoalOptimization.h"
+#include "optimise/Explainer.h"
 #include "project/ProjectFileError.h"
 
 #include <QDir>
@@ -31,6 +32,8 @@ public:
     virtual QString message() const = 0;
     virtual QString report() const = 0;
     virtual QJsonObject json() const = 0;
+    /// What the shared model answered, for the explanation.
+    virtual const OptimizationOutcome& outcome() const = 0;
     /// The new record of a solved run (its name still empty) and what it takes from the sources.
     virtual SourceUpdate::Blend blend() const = 0;
     virtual std::vector<SourceUpdate::Take> takes() const = 0;
@@ -88,6 +91,7 @@ public:
     bool solved() const override { return mResult.outcome.solved; }
     QString message() const override { return mResult.outcome.message; }
     QString report() const override { return mResult.report; }
+    const OptimizationOutcome& outcome() const override { return mResult.outcome; }
     QJsonObject json() const override
     {
         if (!solved())
@@ -130,6 +134,7 @@ public:
     bool solved() const override { return mResult.outcome.solved; }
     QString message() const override { return mResult.outcome.message; }
     QString report() const override { return mResult.report; }
+    const OptimizationOutcome& outcome() const override { return mResult.outcome; }
     QJsonObject json() const override
     {
         if (!solved())
@@ -162,9 +167,9 @@ OptimizeCommand::OptimizeCommand(QTextStream& out, QTextStream& err)
 QString OptimizeCommand::usage()
 {
     return QStringLiteral(
-               "  optimize blasts PROJECT.knv [SETTINGS] [--json] [--store NAME [--subtract]]\n"
+               "  optimize blasts PROJECT.knv [SETTINGS] [--json] [--explain] [--store NAME [--subtract]]\n"
                "                                      optimise blasts with the project's stored settings\n"
-               "  optimize coal PROJECT.knv [SETTINGS] [--json] [--store NAME [--subtract]]\n"
+               "  optimize coal PROJECT.knv [SETTINGS] [--json] [--explain] [--store NAME [--subtract]]\n"
                "                                      a coal mix, of every coal unless --select names some\n"
                "  SETTINGS override the stored settings for the run (--save keeps them in the project):\n") +
            QString::fromLatin1(OptimizeOptions::settingsUsage());
@@ -244,8 +249,24 @@ int OptimizeCommand::optimize(const QString& projectPath, const QStringList& arg
             return 1;
 
         kind->optimize();
-        const int status =
-            finish(options.json(), kind->json(), kind->solved(), kind->message(), kind->report());
+        QJsonObject json = options.json() ? kind->json() : QJsonObject();
+        QString report = kind->report();
+        QString failure = kind->message();
+        if (options.explain()) {
+            // After the report or the message, which stay as they are.
+            const OptimizationModel model;
+            const Explanation explanation =
+                Explainer(model).explain(kind->outcome(), kind->settings().propertyNames());
+            if (options.json())
+                json["explanation"] = explanation.json();
+            else if (kind->solved())
+                report += QStringLiteral("\r\n") + explanation.text();
+            else
+                failure += QStringLiteral("\n\n") + QString(explanation.text())
+                                                        .replace(QStringLiteral("\r\n"), QStringLiteral("\n"))
+                                                        .trimmed();
+        }
+        const int status = finish(options.json(), json, kind->solved(), failure, report);
         if (status != 0 || !storeName)
             return status;
         const bool subtract = options.flag(QStringLiteral("--subtract"));

@@ -245,6 +245,7 @@ OptimizationOutcome OptimizationModel::run(const BlendProblem& r,
         return outcome;
     }
 
+    outcome.problem = std::make_shared<const BlendProblem>(r);
     ClpSolve lp1, lp2;
     if (!build(r, 1).loadInto(lp1) || !build(r, 2).loadInto(lp2)) {
         outcome.message = message(Msg::CannotInitialize);
@@ -256,6 +257,7 @@ OptimizationOutcome OptimizationModel::run(const BlendProblem& r,
     try {
         code1 = lp1.Solve();
         code2 = lp2.Solve();
+        outcome.codes = {code1, code2};
     } catch (const std::invalid_argument&) {
         outcome.message = message(Msg::CannotDeriveOptimum);
         return outcome;

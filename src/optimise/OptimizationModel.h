@@ -11,6 +11,7 @@
 
 #include <array>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -36,6 +37,10 @@ struct OptimizationOutcome {
     std::vector<std::optional<double>> values;
     /// 1 or 2: the programme whose solution was taken.
     int programme = 0;
+    /// The problem as it was solved, and the solver's result for each programme: what an
+    /// explanation of the outcome starts from. No problem when the run stopped before solving.
+    std::shared_ptr<const BlendProblem> problem;
+    std::array<int, 2> codes{};
 
     /// Tonnes below this are not taken at all.
     static constexpr double kSmallestTonnage = 0.005;
