@@ -15,6 +15,7 @@ BlastResultsWindow::BlastResultsWindow(const BlastOptimization::Result& result, 
         QStringLiteral("Store blend…"), QStringLiteral("storeBlend"),
         QStringLiteral("Save the blend as a new stockpile and subtract its tonnes from the blasts"),
         [this] { return storeBlend(); });
+    explain(result.outcome, elementNames());
 }
 
 bool BlastResultsWindow::storeBlend()

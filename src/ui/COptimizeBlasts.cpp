@@ -5,6 +5,7 @@
 #include "optimise/ConstraintEntry.h"
 #include "ui/ConstraintEditor.h"
 #include "ui/NumberField.h"
+#include "ui/OptimizationResultsWindow.h"
 #include "ui/RecordView.h"
 
 #include <QCheckBox>
@@ -236,7 +237,7 @@ void COptimizeBlasts::optimize()
     if (!guarded([&] { result = mOptimization.optimize(BlastOptimization::debugFilePath()); }))
         return;
     if (!result.outcome.solved) {
-        mUi.showMessage(result.outcome.message, UserPrompt::Icon::Warning, {});
+        OptimizationResultsWindow::showFailure(mUi, result.outcome, elementNames());
         return;
     }
     if (mShowResults)

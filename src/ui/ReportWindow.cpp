@@ -21,6 +21,7 @@ ReportWindow::ReportWindow(const QString& title, const QString& reportText, User
     , mUi(ui)
     , mView(new QPlainTextEdit)
     , mActions(new QHBoxLayout)
+    , mLayout(new QVBoxLayout(this))
 {
     setWindowTitle(title);
     mView->setObjectName(QStringLiteral("report"));
@@ -47,10 +48,14 @@ ReportWindow::ReportWindow(const QString& title, const QString& reportText, User
     for (QPushButton* b : {pdf, text, print, ok})
         buttons->addWidget(b);
 
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(mView);
-    layout->addLayout(buttons);
+    mLayout->addWidget(mView, 1);
+    mLayout->addLayout(buttons);
     resize(900, 640);
+}
+
+void ReportWindow::addPanel(QWidget* panel)
+{
+    mLayout->insertWidget(mLayout->count() - 1, panel);
 }
 
 void ReportWindow::print()
@@ -60,7 +65,7 @@ void ReportWindow::print()
     dialog.setWindowTitle(QStringLiteral("Print"));
     if (dialog.exec() != QDialog::Accepted)
         return;
-    if (ReportPrinter(mReport).print(printer) == 0)
+    if (ReportPrinter(mReport + mAppendix).print(printer) == 0)
         mUi.showMessage(QStringLiteral("The report could not be printed."), UserPrompt::Icon::Error, {});
 }
 
@@ -84,7 +89,7 @@ bool ReportWindow::saveAsText()
 
 bool ReportWindow::writePdf(const QString& path)
 {
-    if (ReportPrinter(mReport).writePdf(path))
+    if (ReportPrinter(mReport + mAppendix).writePdf(path))
         return true;
     mUi.showMessage(
         QStringLiteral("The report could not be written to %1.").arg(QDir::toNativeSeparators(path)),
@@ -94,9 +99,9 @@ bool ReportWindow::writePdf(const QString& path)
 
 bool ReportWindow::writeText(const QString& path)
 {
-    // The report is written exactly as built, line ends included.
+    // The report is written exactly as built, line ends included, then the appendix.
     QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(mReport.toUtf8()) >= 0 && file.commit())
+    if (file.open(QIODevice::WriteOnly) && file.write((mReport + mAppendix).toUtf8()) >= 0 && file.commit())
         return true;
     mUi.showMessage(
         QStringLiteral("The report could not be written to %1.").arg(QDir::toNativeSeparators(path)),

@@ -4,6 +4,7 @@
 
 class QHBoxLayout;
 class QPlainTextEdit;
+class QVBoxLayout;
 
 namespace kilnova {
 
@@ -28,14 +29,22 @@ public:
     bool writePdf(const QString& path);
     bool writeText(const QString& path);
 
+    /// Text printed and exported after the report (which itself stays as built).
+    void setAppendix(const QString& text) { mAppendix = text; }
+    const QString& appendix() const { return mAppendix; }
+    /// A widget shown under the report, above the buttons.
+    void addPanel(QWidget* panel);
+
 protected:
     UserPrompt& prompt() { return mUi; }
 
 private:
     QString mReport;
+    QString mAppendix;
     UserPrompt& mUi;
     QPlainTextEdit* mView;
     QHBoxLayout* mActions;
+    QVBoxLayout* mLayout;
 };
 
 } // namespace kilnova
