@@ -5,7 +5,9 @@
 #include "cli/OptimizeKind.h"
 #include "common/MessageTable.h"
 #include "database/DatabaseError.h"
+#include "optimise/Explainer.h"
 #include "optimise/OptimizationModel.h"
+#include "optimise/OptimizationSettings.h"
 #include "optimise/StoreRefused.h"
 #include "project/ProjectFileError.h"
 #include "render/BlendChartRenderer.h"
@@ -165,7 +167,23 @@ int OptimizeCommand::run(const QStringList& args)
         if (run->solved())
             result["method"] =
                 run->outcome().method == OptimizationOutcome::Method::Second ? "second" : "classic";
-        const int status = finish(options.json(), result, run->solved(), run->failure(), run->report());
+        QString report = run->report();
+        QString failure = run->failure();
+        if (options.explain()) {
+            // After the report or the message, which stay as they are.
+            const OptimizationModel model;
+            const Explanation explanation =
+                Explainer(model).explain(run->outcome(), run->settings().propertyNames());
+            if (options.json())
+                result["explanation"] = explanation.json();
+            else if (run->solved())
+                report += QStringLiteral("\r\n") + explanation.text();
+            else
+                failure += QStringLiteral("\n\n") + QString(explanation.text())
+                                                        .replace(QStringLiteral("\r\n"), QStringLiteral("\n"))
+                                                        .trimmed();
+        }
+        const int status = finish(options.json(), result, run->solved(), failure, report);
         if (status != 0)
             return status;
         for (const QString& warning : run->warnings())

@@ -29,7 +29,9 @@ OptimizeOptions::OptimizeOptions(std::vector<KindOption> kindOptions)
 const char* OptimizeOptions::settingsUsage()
 {
     return "      [--mode minimize|maximize|target|max-tonnage] [--element NAME] [--value V]\n"
-           "      [--tonnage T] [--constraint \"MIN <= ELEMENT <= MAX\"]... [--select NAME...] [--save]\n";
+           "      [--tonnage T] [--constraint \"MIN <= ELEMENT <= MAX\"]... [--select NAME...] [--save]\n"
+           "  --explain adds why: the conflicting limits and the values they need, or the limits that hold\n"
+           "      the answer and what loosening each is worth (after the report, or in the JSON)\n";
 }
 
 bool OptimizeOptions::fail(const QString& problem)
@@ -86,6 +88,8 @@ bool OptimizeOptions::parse(const QStringList& args)
         };
         if (a == "--json") {
             mJson = true;
+        } else if (a == "--explain") {
+            mExplain = true;
         } else if (a == "--save") {
             mSave = true;
         } else if (a == "--mode") {

@@ -14,7 +14,7 @@ class OptimizationSettings;
 
 /// The command-line options of every `optimize` command, parsed in one place: the settings that
 /// override the stored ones for the run (--mode, --element, --value, --tonnage, --constraint,
-/// --select), --save to write them back into the project, --json, and the options a kind declares
+/// --select), --save to write them back into the project, --json, --explain, and the options a kind declares
 /// for itself (a store name, a choice of sources, further limits).
 class OptimizeOptions final {
 public:
@@ -46,6 +46,8 @@ public:
                      const std::function<std::optional<QString>(int, double, double)>& add);
 
     bool json() const { return mJson; }
+    /// --explain: the explanation of the outcome after the report or message, or in the JSON.
+    bool explain() const { return mExplain; }
     bool save() const { return mSave; }
     /// The names after --select, when given.
     const std::optional<QStringList>& selection() const { return mSelection; }
@@ -72,6 +74,7 @@ private:
     std::vector<KindOption> mKindOptions;
     QString mProblem;
     bool mJson = false;
+    bool mExplain = false;
     bool mSave = false;
     std::optional<QString> mMode;
     std::optional<QString> mElement;

@@ -153,6 +153,9 @@ struct BlendProblem {
     std::vector<ElementBound> remainderBounds;
     /// The kind's own rows, after the tonnage row; their role is KindRow.
     std::vector<LinearProgramme::Row> kindRows;
+    /// The kind rows whose right-hand side is the requested tonnage (a clinker's coal heat): they
+    /// move with it when a change of the tonnage is weighed.
+    std::vector<std::size_t> tonnageKindRows;
     std::optional<int> declaredRows;
 
     double offsetOf(int property) const

@@ -77,8 +77,10 @@ BlendProblem ClinkerModel::problem(const ClinkerRequest& r) const
             p.bounds.push_back({k, c.minimum, c.maximum});
     }
 
-    if (coal)
+    if (coal) {
+        p.tonnageKindRows.push_back(p.kindRows.size());
         p.kindRows.push_back({heat, r.requestedTonnage, ClpSolve::kEqual});
+    }
     int limits = 0;
     for (const ClinkerRequest::TonnageLimit& limit : r.tonnageLimits) {
         if (limit.source >= n)

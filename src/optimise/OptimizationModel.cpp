@@ -272,6 +272,7 @@ OptimizationOutcome OptimizationModel::run(const BlendProblem& r,
         return outcome;
     }
 
+    outcome.problem = std::make_shared<const BlendProblem>(r);
     const LinearProgramme programme1 = build(r, 1);
     const LinearProgramme programme2 = build(r, 2);
     ClpSolve lp1, lp2;
@@ -286,6 +287,7 @@ OptimizationOutcome OptimizationModel::run(const BlendProblem& r,
     try {
         code1 = lp1.Solve();
         code2 = lp2.Solve();
+        outcome.codes = {code1, code2};
     } catch (const std::invalid_argument&) {
         stopped = true;
     }

@@ -11,6 +11,7 @@
 
 #include <array>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -40,6 +41,10 @@ struct OptimizationOutcome {
     /// without an optimum; `message` then keeps what the classic one said.
     enum class Method { Classic, Second };
     Method method = Method::Classic;
+    /// The problem as it was solved, and the solver's result for each programme: what an
+    /// explanation of the outcome starts from. No problem when the run stopped before solving.
+    std::shared_ptr<const BlendProblem> problem;
+    std::array<int, 2> codes{};
 
     /// Tonnes below this are not taken at all.
     static constexpr double kSmallestTonnage = 0.005;

@@ -18,6 +18,7 @@ BlastResultsWindow::BlastResultsWindow(const BlastOptimization::Result& result, 
         QStringLiteral("Save the blend as a new stockpile and subtract its tonnes from the blasts"),
         [this] { return storeBlend(); });
     setChart(BlendChartData::of(result.request, result.outcome, chemCoefficients()));
+    explain(result.outcome, elementNames());
 }
 
 bool BlastResultsWindow::storeBlend()

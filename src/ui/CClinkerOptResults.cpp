@@ -1,6 +1,7 @@
 #include "ui/CClinkerOptResults.h"
 
 #include "common/MessageTable.h"
+#include "optimise/ConstraintEntry.h"
 #include "project/CKilnovaDoc.h"
 
 namespace kilnova {
@@ -17,6 +18,7 @@ CClinkerOptResults::CClinkerOptResults(const ClinkerOptimization::Result& result
                                   "from the sources"),
                    [this] { return store(); });
     setChart(ClinkerOptimization::chartOf(result));
+    explain(result.outcome, elementNames());
 }
 
 bool CClinkerOptResults::store()

@@ -6,6 +6,7 @@
 #include "optimise/SOURCE.h"
 #include "ui/ConstraintEditor.h"
 #include "ui/NumberField.h"
+#include "ui/OptimizationResultsWindow.h"
 #include "ui/RecordView.h"
 
 #include <QButtonGroup>
@@ -312,7 +313,7 @@ void COptimizeAdditives::optimize()
     if (!guarded([&] { result = mOptimization.optimize(OptimizationSettings::debugFilePath()); }))
         return;
     if (!result.outcome.solved) {
-        mUi.showMessage(result.outcome.message, UserPrompt::Icon::Warning, {});
+        OptimizationResultsWindow::showFailure(mUi, result.outcome, elementNames());
         return;
     }
     if (result.balance.degenerated)

@@ -6,6 +6,7 @@
 #include "optimise/QuarryMapData.h"
 #include "ui/ConstraintEditor.h"
 #include "ui/NumberField.h"
+#include "ui/OptimizationResultsWindow.h"
 #include "ui/QuarryMapLink.h"
 #include "ui/QuarryMapPane.h"
 #include "ui/QuarryMapView.h"
@@ -275,7 +276,7 @@ void COptimizeBlasts::optimize()
     if (!guarded([&] { result = mOptimization.optimize(BlastOptimization::debugFilePath()); }))
         return;
     if (!result.outcome.solved) {
-        mUi.showMessage(result.outcome.message, UserPrompt::Icon::Warning, {});
+        OptimizationResultsWindow::showFailure(mUi, result.outcome, elementNames());
         return;
     }
     mLastRun = result;

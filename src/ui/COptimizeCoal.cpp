@@ -4,6 +4,7 @@
 #include "database/DatabaseError.h"
 #include "ui/ConstraintEditor.h"
 #include "ui/NumberField.h"
+#include "ui/OptimizationResultsWindow.h"
 #include "ui/RecordView.h"
 
 #include <QComboBox>
@@ -167,7 +168,7 @@ void COptimizeCoal::optimize()
     if (!guarded([&] { result = mOptimization.optimize(OptimizationSettings::debugFilePath()); }))
         return;
     if (!result.outcome.solved) {
-        mUi.showMessage(result.outcome.message, UserPrompt::Icon::Warning, {});
+        OptimizationResultsWindow::showFailure(mUi, result.outcome, CoalProperties::names());
         return;
     }
     if (mShowResults)

@@ -5,6 +5,7 @@
 #include "database/DatabaseError.h"
 #include "ui/ConstraintEditor.h"
 #include "ui/NumberField.h"
+#include "ui/OptimizationResultsWindow.h"
 #include "ui/RecordView.h"
 
 #include <QComboBox>
@@ -225,7 +226,7 @@ void COptimizeStockpiles::optimize()
     if (!guarded([&] { result = mOptimization.optimize(OptimizationSettings::debugFilePath()); }))
         return;
     if (!result.outcome.solved) {
-        mUi.showMessage(result.outcome.message, UserPrompt::Icon::Warning, {});
+        OptimizationResultsWindow::showFailure(mUi, result.outcome, elementNames());
         return;
     }
     if (mShowResults)

@@ -1,9 +1,15 @@
 #include "ui/OptimizationResultsWindow.h"
 
+#include "common/UserPrompt.h"
+#include "optimise/Explainer.h"
 #include "ui/PageHeader.h"
 
+#include <QFontDatabase>
+#include <QGroupBox>
 #include <QHBoxLayout>
+#include <QPlainTextEdit>
 #include <QPushButton>
+#include <QVBoxLayout>
 
 namespace kilnova {
 
@@ -25,6 +31,35 @@ void OptimizationResultsWindow::addStoreAction(const QString& caption, const QSt
             button->setEnabled(false);
     });
     actionArea()->addWidget(button);
+}
+
+void OptimizationResultsWindow::explain(const OptimizationOutcome& outcome, const QStringList& propertyNames)
+{
+    const OptimizationModel model;
+    const QString text = Explainer(model).explain(outcome, propertyNames).text();
+    auto* box = new QGroupBox(QStringLiteral("Why this answer"));
+    auto* view = new QPlainTextEdit;
+    view->setObjectName(QStringLiteral("explanation"));
+    view->setReadOnly(true);
+    view->setLineWrapMode(QPlainTextEdit::NoWrap);
+    view->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    view->setPlainText(QString(text).replace(QStringLiteral("\r\n"), QStringLiteral("\n")).trimmed());
+    view->setMaximumHeight(160);
+    auto* layout = new QVBoxLayout(box);
+    layout->addWidget(view);
+    addPanel(box);
+    setAppendix(QStringLiteral("\r\n") + text);
+}
+
+void OptimizationResultsWindow::showFailure(UserPrompt& ui, const OptimizationOutcome& outcome,
+                                            const QStringList& propertyNames)
+{
+    const OptimizationModel model;
+    const Explanation explanation = Explainer(model).explain(outcome, propertyNames);
+    QString details;
+    if (explanation.status != Explanation::Status::NotExplained || outcome.problem)
+        details = QString(explanation.text()).replace(QStringLiteral("\r\n"), QStringLiteral("\n")).trimmed();
+    ui.showMessage(outcome.message, UserPrompt::Icon::Warning, details);
 }
 
 } // namespace kilnova

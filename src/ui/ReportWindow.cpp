@@ -33,6 +33,7 @@ ReportWindow::ReportWindow(const QString& title, std::shared_ptr<const ReportTex
     , mUi(ui)
     , mSplitter(new QSplitter(Qt::Horizontal))
     , mActions(new QHBoxLayout)
+    , mLayout(new QVBoxLayout(this))
 {
     setWindowTitle(title);
     if (mReport->lineCount() <= kEditableLines) {
@@ -67,9 +68,8 @@ ReportWindow::ReportWindow(const QString& title, std::shared_ptr<const ReportTex
 
     mSplitter->addWidget(mView);
     mSplitter->setChildrenCollapsible(false);
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(mSplitter, 1);
-    layout->addLayout(buttons);
+    mLayout->addWidget(mSplitter, 1);
+    mLayout->addLayout(buttons);
     resize(900, 640);
 }
 
@@ -88,9 +88,22 @@ void ReportWindow::setChart(const BlendChartData& chart)
     mSplitter->setSizes({reportWidth, std::max(460, width() - reportWidth - 40)});
 }
 
+std::shared_ptr<const ReportText> ReportWindow::printed() const
+{
+    // Only results windows carry an appendix, and their reports are small enough to copy.
+    if (mAppendix.isEmpty())
+        return mReport;
+    return ReportText::fromString(mReport->toString() + mAppendix);
+}
+
 QString ReportWindow::reportText() const
 {
     return mReport->toString();
+}
+
+void ReportWindow::addPanel(QWidget* panel)
+{
+    mLayout->insertWidget(mLayout->count() - 1, panel);
 }
 
 void ReportWindow::print()
@@ -100,7 +113,7 @@ void ReportWindow::print()
     dialog.setWindowTitle(QStringLiteral("Print"));
     if (dialog.exec() != QDialog::Accepted)
         return;
-    if (ReportPrinter(mReport, mHeader, mChart).print(printer) == 0)
+    if (ReportPrinter(printed(), mHeader, mChart).print(printer) == 0)
         mUi.showMessage(QStringLiteral("The report could not be printed."), UserPrompt::Icon::Error, {});
 }
 
@@ -124,7 +137,7 @@ bool ReportWindow::saveAsText()
 
 bool ReportWindow::writePdf(const QString& path)
 {
-    if (ReportPrinter(mReport, mHeader, mChart).writePdf(path))
+    if (ReportPrinter(printed(), mHeader, mChart).writePdf(path))
         return true;
     mUi.showMessage(
         QStringLiteral("The report could not be written to %1.").arg(QDir::toNativeSeparators(path)),
@@ -134,9 +147,11 @@ bool ReportWindow::writePdf(const QString& path)
 
 bool ReportWindow::writeText(const QString& path)
 {
-    // The report is written exactly as built, line ends included, block by block from its storage.
+    // The report is written exactly as built, line ends included, block by block from its storage;
+    // then the appendix.
     QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && mReport->writeTo(file) && file.commit())
+    if (file.open(QIODevice::WriteOnly) && mReport->writeTo(file) && file.write(mAppendix.toUtf8()) >= 0 &&
+        file.commit())
         return true;
     mUi.showMessage(
         QStringLiteral("The report could not be written to %1.").arg(QDir::toNativeSeparators(path)),

@@ -10,6 +10,7 @@
 
 class QHBoxLayout;
 class QSplitter;
+class QVBoxLayout;
 
 namespace kilnova {
 
@@ -50,17 +51,28 @@ public:
     bool writePdf(const QString& path);
     bool writeText(const QString& path);
 
+    /// Text printed and exported after the report (which itself stays as built).
+    void setAppendix(const QString& text) { mAppendix = text; }
+    const QString& appendix() const { return mAppendix; }
+    /// A widget shown under the report, above the buttons.
+    void addPanel(QWidget* panel);
+
 protected:
     UserPrompt& prompt() { return mUi; }
 
 private:
+    /// The report with the appendix after it, as printed.
+    std::shared_ptr<const ReportText> printed() const;
+
     std::shared_ptr<const ReportText> mReport;
     std::optional<BlendChartData> mChart;
+    QString mAppendix;
     UserPrompt& mUi;
     QSplitter* mSplitter;
     QWidget* mView = nullptr;
     QHBoxLayout* mActions;
     PageHeader mHeader;
+    QVBoxLayout* mLayout;
 };
 
 } // namespace kilnova

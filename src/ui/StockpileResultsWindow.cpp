@@ -1,6 +1,7 @@
 #include "ui/StockpileResultsWindow.h"
 
 #include "common/MessageTable.h"
+#include "optimise/ConstraintEntry.h"
 #include "project/CKilnovaDoc.h"
 
 namespace kilnova {
@@ -17,6 +18,7 @@ StockpileResultsWindow::StockpileResultsWindow(const StockpileOptimization::Resu
         QStringLiteral("Save the crude as a new record and subtract its tonnes from the stockpiles"),
         [this] { return storeCrude(); });
     setChart(StockpileOptimization::chartOf(result));
+    explain(result.outcome, elementNames());
 }
 
 bool StockpileResultsWindow::storeCrude()

@@ -182,5 +182,76 @@ TEST_F(OptimizeCliTest, OfSeveralStoresStartedTogetherOneStoresAndTheOthersRefus
     EXPECT_EQ(db->count(Table::BackupBlast), 2);
 }
 
+// B1 (SiO2 10, CaO 50) and B2 (SiO2 20, CaO 40) over 1000 t with SiO2 at least 12: 800 t and 200 t.
+// SiO2 minimum 11.99 takes 801 t and 199 t, CaO 48010 against 48000: +10 per 0.01 lower; 1001 t takes
+// 800.8 t and 200.2 t, CaO 48048: +48 per 1 t more.
+TEST_F(OptimizeCliTest, ExplainFollowsTheReportWithTheLimitsThatHold)
+{
+    const CliRun plain = run({"optimize", "blasts", mDir.filePath("plant.knv")});
+    const CliRun explained = run({"optimize", "blasts", mDir.filePath("plant.knv"), "--explain"});
+    ASSERT_EQ(explained.status, 0) << explained.err.toStdString();
+    ASSERT_TRUE(explained.out.startsWith(plain.out));
+    EXPECT_EQ(explained.out.mid(plain.out.size()).toStdString(),
+              "\nLimits that hold the answer\n\n"
+              "  SiO2 minimum 12.00: objective +10.00 per 0.01 lower\n"
+              "  Requested tonnage 1000.00 t: objective +48.00 per 1 t more\n");
+
+    const CliRun json = run({"optimize", "blasts", mDir.filePath("plant.knv"), "--json", "--explain"});
+    ASSERT_EQ(json.status, 0) << json.err.toStdString();
+    const QJsonObject o = QJsonDocument::fromJson(json.out.toUtf8()).object();
+    EXPECT_EQ(o["status"].toString(), "optimal");
+    const QJsonObject e = o["explanation"].toObject();
+    EXPECT_EQ(e["status"].toString(), "optimal");
+    const QJsonArray binding = e["binding"].toArray();
+    ASSERT_EQ(binding.size(), 2);
+    EXPECT_EQ(binding[0].toObject()["limit"].toString(), "SiO2 minimum");
+    EXPECT_EQ(binding[0].toObject()["current"].toDouble(), 12.0);
+    EXPECT_TRUE(binding[0].toObject()["needed"].isNull());
+    EXPECT_NEAR(binding[0].toObject()["marginal"].toDouble(), 10.0, 1e-3);
+    EXPECT_EQ(binding[0].toObject()["step"].toDouble(), -0.01);
+    EXPECT_NEAR(binding[1].toObject()["marginal"].toDouble(), 48.0, 1e-3);
+    // Without --explain the JSON is as it was.
+    EXPECT_FALSE(QJsonDocument::fromJson(
+                     run({"optimize", "blasts", mDir.filePath("plant.knv"), "--json"}).out.toUtf8())
+                     .object()
+                     .contains("explanation"));
+}
+
+// 3000 t asked of two 1000 t blasts: SiO2 between 12 and 15 allows both whole (SiO2 15), 2000 t.
+TEST_F(OptimizeCliTest, ExplainFollowsTheInfeasibleMessageWithTheConflict)
+{
+    const QStringList args = {"optimize", "blasts", mDir.filePath("plant.knv"), "--tonnage", "3000"};
+    const CliRun plain = run(args);
+    ASSERT_EQ(plain.status, 1);
+    EXPECT_EQ(plain.err.toStdString(),
+              "The system cannot reach an optimum, it is infeasible given the set of constraints\n");
+
+    const CliRun explained = run(args + QStringList{"--explain"});
+    EXPECT_EQ(explained.status, 1);
+    EXPECT_EQ(
+        explained.err.toStdString(),
+        "The system cannot reach an optimum, it is infeasible given the set of constraints\n\n"
+        "Why no blend was found\n\n"
+        "These limits cannot hold together:\n"
+        "  Requested tonnage 3000.00 t: lower it to 2000.00 t\n"
+        "  Tonnages of the sources 2000.00 t: 1000.00 t missing; the fullest blend takes all of B1, B2\n"
+        "Any one of these changes, every other limit kept, makes a blend possible.\n");
+
+    const CliRun json = run(args + QStringList{"--json", "--explain"});
+    EXPECT_EQ(json.status, 1);
+    const QJsonObject o = QJsonDocument::fromJson(json.out.toUtf8()).object();
+    EXPECT_EQ(o["status"].toString(), "failed");
+    const QJsonObject e = o["explanation"].toObject();
+    EXPECT_EQ(e["status"].toString(), "infeasible");
+    EXPECT_NEAR(e["missingTonnes"].toDouble(), 1000.0, 1e-6);
+    const QJsonArray conflict = e["conflict"].toArray();
+    ASSERT_EQ(conflict.size(), 2);
+    EXPECT_EQ(conflict[0].toObject()["limit"].toString(), "Requested tonnage");
+    EXPECT_EQ(conflict[0].toObject()["current"].toDouble(), 3000.0);
+    EXPECT_EQ(conflict[0].toObject()["needed"].toDouble(), 2000.0);
+    EXPECT_TRUE(conflict[0].toObject()["marginal"].isNull());
+    EXPECT_EQ(conflict[1].toObject()["sources"].toArray().size(), 2);
+}
+
 } // namespace
 } // namespace kilnova

@@ -228,5 +228,33 @@ TEST_F(OptimizeClinkerCliTest, ChartOfTheClinker)
     EXPECT_TRUE(picture.contains("Blend of 650.00 t"));
 }
 
+// 3000 t of clinker at SiO2 <= 20.83. The coal follows the clinker made, 0.1 t a tonne, and its ash
+// brings 0.5 of SiO2: the crudes may bring 20.33 of the 0.65 t of clinker a tonne makes, 13.2145. Meal A
+// (13) then holds Meal B (15.2) to 2000 * 0.2145 / 1.9855 = 216.07 t: at most 0.65 * 2216.07 = 1440.44 t
+// of clinker, 1559.56 t missing. Without the SiO2 maximum 2600 t are still short of 3000 t, and the coal
+// (144 t of its 500 t) is not taken whole.
+TEST_F(OptimizeClinkerCliTest, ExplainNamesTheTonnageTheSourcesCannotMake)
+{
+    const CliRun plain = clinker({"--tonnage", "3000"});
+    ASSERT_EQ(plain.status, 1);
+    const CliRun explained = clinker({"--tonnage", "3000", "--explain"});
+    EXPECT_EQ(explained.status, 1);
+    ASSERT_TRUE(explained.err.startsWith(plain.err.trimmed() + "\n\nWhy no blend was found\n"))
+        << explained.err.toStdString();
+    EXPECT_TRUE(explained.err.contains("  Requested tonnage 3000.00 t: lower it to 1440.00 t\n"))
+        << explained.err.toStdString();
+
+    const CliRun json = clinker({"--tonnage", "3000", "--json", "--explain"});
+    const QJsonObject e = QJsonDocument::fromJson(json.out.toUtf8()).object()["explanation"].toObject();
+    EXPECT_EQ(e["status"].toString(), "infeasible");
+    EXPECT_NEAR(e["missingTonnes"].toDouble(), 1559.56, 0.01);
+    const QJsonArray conflict = e["conflict"].toArray();
+    ASSERT_EQ(conflict.size(), 2);
+    EXPECT_EQ(conflict[0].toObject()["limit"].toString(), "Requested tonnage");
+    EXPECT_EQ(conflict[0].toObject()["needed"].toDouble(), 1440.0);
+    EXPECT_EQ(conflict[1].toObject()["limit"].toString(), "Tonnages of the sources");
+    EXPECT_EQ(conflict[1].toObject()["sources"].toArray().size(), 1) << "only Meal A is taken whole";
+}
+
 } // namespace
 } // namespace kilnova
