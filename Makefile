@@ -56,7 +56,7 @@ bench: deps
 # in a folder of their own. CI runs both (above); `make fuzz FUZZ_SECONDS=3600` fuzzes at length.
 SANITIZE_BUILD  ?= $(BUILD)-sanitize
 FUZZ_SECONDS    ?= 300
-CI_FUZZ_SECONDS ?= 20
+CI_FUZZ_SECONDS ?= 10
 # The ODBC driver's leaks are only matched by the suppression on a full unwind through it.
 SANITIZER_ENV   := ASAN_OPTIONS=detect_leaks=1:strict_string_checks=1:check_initialization_order=1 \
                    LSAN_OPTIONS=suppressions=$(CURDIR)/scripts/lsan.supp:fast_unwind_on_malloc=0 UBSAN_OPTIONS=print_stacktrace=1
