@@ -2,12 +2,10 @@
 
 #include "common/MessageTable.h"
 #include "common/UserPrompt.h"
-#include "database/DatabaseError.h"
 #include "optimise/SOURCE.h"
 #include "ui/ConstraintEditor.h"
 #include "ui/NumberField.h"
 #include "ui/OptimizationResultsWindow.h"
-#include "ui/RecordView.h"
 
 #include <QButtonGroup>
 #include <QComboBox>
@@ -39,34 +37,14 @@ QListWidget* sourceList(const char* name)
     return list;
 }
 
-QStringList selected(const QListWidget* list)
-{
-    QStringList texts;
-    for (int i = 0; i < list->count(); ++i) {
-        if (list->item(i)->isSelected())
-            texts << list->item(i)->text();
-    }
-    return texts;
-}
-
-void fill(QListWidget* list, const QStringList& texts, const QStringList& chosen)
-{
-    const QSignalBlocker blocker(list);
-    list->clear();
-    list->addItems(texts);
-    for (int i = 0; i < list->count(); ++i)
-        list->item(i)->setSelected(chosen.contains(list->item(i)->text()));
-}
-
 } // namespace
 
 COptimizeAdditives::COptimizeAdditives(ProjectDatabase& db, const CClinkerOptParameters& parameters,
                                        const ClinkerProcessParameters& process, double freeLime,
                                        UserPrompt& ui, ResultsHandler showResults, QWidget* parent)
-    : QDialog(parent)
+    : OptimizeDialog(ui, QStringLiteral("Optimize Clinker"), parent)
     , mOptimization(db, parameters, process, freeLime)
     , mParameters(parameters)
-    , mUi(ui)
     , mShowResults(std::move(showResults))
     , mCrudeAndCoal(new QRadioButton(ClinkerOptimization::selectionChoices()[0]))
     , mStockpiles(new QRadioButton(ClinkerOptimization::selectionChoices()[1]))
@@ -75,10 +53,6 @@ COptimizeAdditives::COptimizeAdditives(ProjectDatabase& db, const CClinkerOptPar
     , mAdditivesCaption(new QLabel(QStringLiteral("Additives")))
     , mAdditives(sourceList("additives"))
     , mCoal(sourceList("coal"))
-    , mMode(new QComboBox)
-    , mElement(new QComboBox)
-    , mTarget(numberField("target"))
-    , mTonnage(numberField("requestedTonnage"))
     , mConstraints(new ConstraintEditor(QStringLiteral("Constraints on chemistry"), mOptimization, ui))
     , mTonnageMinimum(numberField("tonnageMinimum"))
     , mTonnageStockpile(new QComboBox)
@@ -86,12 +60,9 @@ COptimizeAdditives::COptimizeAdditives(ProjectDatabase& db, const CClinkerOptPar
     , mTonnageConstraints(new QListWidget)
     , mTonnageBox(new QGroupBox(QStringLiteral("Constraints on stockpile tonnage")))
 {
-    setWindowTitle(QStringLiteral("Optimize Clinker"));
     mCrudeAndCoal->setObjectName("crudeAndCoal");
     mStockpiles->setObjectName("stockpileAdditivesAndCoal");
     mRawCaption->setObjectName("rawCaption");
-    mMode->setObjectName("mode");
-    mElement->setObjectName("element");
     mTonnageStockpile->setObjectName("tonnageStockpile");
     mTonnageConstraints->setObjectName("tonnageConstraints");
 
@@ -113,23 +84,6 @@ COptimizeAdditives::COptimizeAdditives(ProjectDatabase& db, const CClinkerOptPar
     sources->addWidget(mCoal);
     sources->addWidget(viewSource);
 
-    // Objective
-    mMode->addItems(ClinkerOptimization::modeChoices());
-    mMode->setCurrentIndex(mOptimization.modeChoice());
-    for (int k = 0; k < mOptimization.optimisableCount(); ++k)
-        mElement->addItem(elementName(k));
-    mElement->setCurrentIndex(mOptimization.element());
-    mTarget->setValue(mOptimization.target());
-    mTonnage->setValue(mOptimization.requestedTonnage());
-    auto* objective = new QGridLayout;
-    objective->addWidget(new QLabel(QStringLiteral("Optimize:")), 0, 0);
-    objective->addWidget(mMode, 0, 1);
-    objective->addWidget(mElement, 0, 2);
-    objective->addWidget(new QLabel(QStringLiteral("Value:")), 1, 0);
-    objective->addWidget(mTarget, 1, 1);
-    objective->addWidget(new QLabel(QStringLiteral("Requested Clinker Tonnage:")), 2, 0);
-    objective->addWidget(mTonnage, 2, 1);
-
     // Stockpile tonnage constraints
     auto* limitEditor = new QGridLayout;
     limitEditor->addWidget(new QLabel(QStringLiteral("Min. tonnage")), 0, 0);
@@ -150,17 +104,8 @@ COptimizeAdditives::COptimizeAdditives(ProjectDatabase& db, const CClinkerOptPar
     limitLayout->addLayout(limitButtons);
     limitLayout->addWidget(mTonnageConstraints);
 
-    auto* optimizeButton = new QPushButton(QStringLiteral("Optimize"));
-    optimizeButton->setObjectName("optimize");
-    auto* ok = new QPushButton(QStringLiteral("OK"));
-    auto* cancel = new QPushButton(QStringLiteral("Cancel"));
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    for (QPushButton* b : {optimizeButton, ok, cancel})
-        buttons->addWidget(b);
-
     auto* right = new QVBoxLayout;
-    right->addLayout(objective);
+    right->addLayout(objectiveLayout(QStringLiteral("Value:"), QStringLiteral("Requested Clinker Tonnage:")));
     right->addWidget(mConstraints);
     right->addWidget(mTonnageBox);
     auto* columns = new QHBoxLayout;
@@ -168,15 +113,9 @@ COptimizeAdditives::COptimizeAdditives(ProjectDatabase& db, const CClinkerOptPar
     columns->addLayout(right);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(columns);
-    layout->addLayout(buttons);
+    layout->addLayout(dialogButtons());
 
     connect(mStockpiles, &QRadioButton::toggled, this, &COptimizeAdditives::selectionKindChanged);
-    connect(mMode, &QComboBox::currentIndexChanged, this, [this](int index) {
-        mOptimization.setModeChoice(index);
-        mTarget->setEnabled(mOptimization.targetEnabled());
-    });
-    connect(mElement, &QComboBox::currentIndexChanged, this,
-            [this](int index) { mOptimization.setElement(index); });
     for (QListWidget* list : {mRaw, mAdditives, mCoal}) {
         connect(list, &QListWidget::itemSelectionChanged, this, &COptimizeAdditives::selectionChanged);
         // "View Source" shows the record last pointed at, in whichever list.
@@ -196,25 +135,14 @@ COptimizeAdditives::COptimizeAdditives(ProjectDatabase& db, const CClinkerOptPar
         mOptimization.removeTonnageConstraint(mTonnageConstraints->currentRow());
         showTonnageConstraints();
     });
-    connect(viewSource, &QPushButton::clicked, this, &COptimizeAdditives::viewSource);
-    connect(optimizeButton, &QPushButton::clicked, this, &COptimizeAdditives::optimize);
-    connect(ok, &QPushButton::clicked, this, &COptimizeAdditives::accept);
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(viewSource, &QPushButton::clicked, this, [this] {
+        if (const QListWidgetItem* item = mLastList ? mLastList->currentItem() : nullptr)
+            viewRecord([&] { return mOptimization.source(item->text()); });
+    });
 
-    mTarget->setEnabled(mOptimization.targetEnabled());
+    updateEnabling();
     showTonnageConstraints();
     refreshSources();
-}
-
-bool COptimizeAdditives::guarded(const std::function<void()>& step)
-{
-    try {
-        step();
-        return true;
-    } catch (const DatabaseError& e) {
-        mUi.showMessage(e.message(), UserPrompt::Icon::Error, {});
-        return false;
-    }
 }
 
 void COptimizeAdditives::refreshSources()
@@ -228,9 +156,9 @@ void COptimizeAdditives::refreshSources()
         }))
         return;
     mRawCaption->setText(mOptimization.rawCaption());
-    fill(mRaw, raw, mOptimization.rawSelection());
-    fill(mAdditives, additives, mOptimization.additiveSelection());
-    fill(mCoal, coal, mOptimization.coalSelection());
+    fillList(mRaw, raw, mOptimization.rawSelection());
+    fillList(mAdditives, additives, mOptimization.additiveSelection());
+    fillList(mCoal, coal, mOptimization.coalSelection());
     const bool stockpiles = mOptimization.stockpiles();
     mAdditivesCaption->setVisible(stockpiles);
     mAdditives->setVisible(stockpiles);
@@ -248,9 +176,9 @@ void COptimizeAdditives::selectionKindChanged(bool stockpiles)
 
 void COptimizeAdditives::selectionChanged()
 {
-    mOptimization.setRawSelection(selected(mRaw));
-    mOptimization.setAdditiveSelection(selected(mAdditives));
-    mOptimization.setCoalSelection(selected(mCoal));
+    mOptimization.setRawSelection(selectedTexts(mRaw));
+    mOptimization.setAdditiveSelection(selectedTexts(mAdditives));
+    mOptimization.setCoalSelection(selectedTexts(mCoal));
 }
 
 void COptimizeAdditives::showTonnageConstraints()
@@ -284,42 +212,15 @@ void COptimizeAdditives::editTonnageConstraint(bool modify)
     showTonnageConstraints();
 }
 
-bool COptimizeAdditives::readFields()
-{
-    for (NumberField* f : {mTarget, mTonnage}) {
-        if (!requireNumber(f, mUi))
-            return false;
-    }
-    mOptimization.setTarget(*mTarget->value());
-    mOptimization.setRequestedTonnage(*mTonnage->value());
-    return true;
-}
-
-void COptimizeAdditives::viewSource()
-{
-    const QListWidgetItem* item = mLastList ? mLastList->currentItem() : nullptr;
-    if (!item)
-        return;
-    std::optional<Record> record;
-    if (guarded([&] { record = mOptimization.source(item->text()); }) && record)
-        RecordView(*record, this).exec();
-}
-
 void COptimizeAdditives::optimize()
 {
-    if (!readFields())
+    const std::optional<ClinkerOptimization::Result> result = run(mOptimization);
+    if (!result)
         return;
-    ClinkerOptimization::Result result;
-    if (!guarded([&] { result = mOptimization.optimize(OptimizationSettings::debugFilePath()); }))
-        return;
-    if (!result.outcome.solved) {
-        OptimizationResultsWindow::showFailure(mUi, result.outcome, elementNames());
-        return;
-    }
-    if (result.balance.degenerated)
+    if (result->balance.degenerated)
         mUi.showMessage(message(Msg::DegeneratedSolution), UserPrompt::Icon::Warning, {});
     if (mShowResults)
-        mShowResults(result);
+        mShowResults(*result);
     // Storing may have reduced or deleted sources: list what is there now.
     refreshSources();
 }

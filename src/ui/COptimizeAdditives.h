@@ -1,8 +1,7 @@
 #pragma once
 
 #include "optimise/ClinkerOptimization.h"
-
-#include <QDialog>
+#include "ui/OptimizeDialog.h"
 
 #include <functional>
 
@@ -15,12 +14,11 @@ namespace kilnova {
 
 class ConstraintEditor;
 class NumberField;
-class UserPrompt;
 
 /// "Optimize Clinker": a thin view over ClinkerOptimization. Optimize shows the report through the
 /// showResults callback (the results window) and leaves the dialog open; OK hands the settings back
 /// through parameters(); Cancel keeps nothing.
-class COptimizeAdditives final : public QDialog {
+class COptimizeAdditives final : public OptimizeDialog {
     Q_OBJECT
 public:
     using ResultsHandler = std::function<void(const ClinkerOptimization::Result&)>;
@@ -33,23 +31,20 @@ public:
     /// The settings OK stored.
     const CClinkerOptParameters& parameters() const { return mParameters; }
 
-    void optimize();
+    void optimize() override;
     void accept() override;
     /// Lists every table's records again, keeping the choice.
     void refreshSources();
 
 private:
-    bool readFields();
+    OptimizationSettings& settings() override { return mOptimization; }
     void selectionChanged();
     void selectionKindChanged(bool stockpiles);
     void showTonnageConstraints();
     void editTonnageConstraint(bool modify);
-    void viewSource();
-    bool guarded(const std::function<void()>& step);
 
     ClinkerOptimization mOptimization;
     CClinkerOptParameters mParameters;
-    UserPrompt& mUi;
     ResultsHandler mShowResults;
     std::vector<RecordKey> mStockpileKeys;
 
@@ -61,10 +56,6 @@ private:
     QListWidget* mAdditives;
     QListWidget* mCoal;
     QListWidget* mLastList = nullptr;
-    QComboBox* mMode;
-    QComboBox* mElement;
-    NumberField* mTarget;
-    NumberField* mTonnage;
     ConstraintEditor* mConstraints;
     NumberField* mTonnageMinimum;
     QComboBox* mTonnageStockpile;

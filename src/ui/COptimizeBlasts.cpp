@@ -1,7 +1,6 @@
 #include "ui/COptimizeBlasts.h"
 
 #include "common/UserPrompt.h"
-#include "database/DatabaseError.h"
 #include "optimise/ConstraintEntry.h"
 #include "optimise/QuarryMapData.h"
 #include "ui/ConstraintEditor.h"
@@ -10,7 +9,6 @@
 #include "ui/QuarryMapLink.h"
 #include "ui/QuarryMapPane.h"
 #include "ui/QuarryMapView.h"
-#include "ui/RecordView.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -37,16 +35,11 @@ NumberField* numberField(const char* name)
 
 COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParameters& parameters,
                                  UserPrompt& ui, ResultsHandler showResults, QWidget* parent)
-    : QDialog(parent)
+    : OptimizeDialog(ui, QStringLiteral("Optimize Blasts"), parent)
     , mDb(db)
     , mOptimization(db, parameters)
     , mParameters(parameters)
-    , mUi(ui)
     , mShowResults(std::move(showResults))
-    , mMode(new QComboBox)
-    , mElement(new QComboBox)
-    , mTarget(numberField("target"))
-    , mTonnage(numberField("requestedTonnage"))
     , mConstraints(new ConstraintEditor(QStringLiteral("Constraints"), mOptimization, ui))
     , mSourceCaption(new QLabel)
     , mSources(new QListWidget)
@@ -54,30 +47,10 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     , mRunningTotal(new QLineEdit)
     , mMap(new QuarryMapPane(ui))
 {
-    setWindowTitle(QStringLiteral("Optimize Blasts"));
-    mMode->setObjectName("mode");
-    mElement->setObjectName("element");
     mSources->setObjectName("sources");
     mSourceCaption->setObjectName("sourceCaption");
     mFilter->setObjectName("filter");
     mRunningTotal->setObjectName("runningTotal");
-
-    // Objective
-    mMode->addItems(BlastOptimization::modeChoices());
-    mMode->setCurrentIndex(mOptimization.modeChoice());
-    for (int k = 0; k < mOptimization.optimisableCount(); ++k)
-        mElement->addItem(elementName(k));
-    mElement->setCurrentIndex(mOptimization.element());
-    mTarget->setValue(mOptimization.target());
-    mTonnage->setValue(mOptimization.requestedTonnage());
-    auto* objective = new QGridLayout;
-    objective->addWidget(new QLabel(QStringLiteral("Optimize:")), 0, 0);
-    objective->addWidget(mMode, 0, 1);
-    objective->addWidget(mElement, 0, 2);
-    objective->addWidget(new QLabel(QStringLiteral("Target:")), 1, 0);
-    objective->addWidget(mTarget, 1, 1);
-    objective->addWidget(new QLabel(QStringLiteral("Requested tonnage:")), 2, 0);
-    objective->addWidget(mTonnage, 2, 1);
 
     // Sources
     mSources->setSelectionMode(QAbstractItemView::ExtendedSelection);
@@ -112,17 +85,8 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     sourceLayout->addWidget(viewSource);
 
     mRunningTotal->setReadOnly(true);
-    auto* optimizeButton = new QPushButton(QStringLiteral("Optimize"));
-    auto* ok = new QPushButton(QStringLiteral("OK"));
-    auto* cancel = new QPushButton(QStringLiteral("Cancel"));
-    optimizeButton->setObjectName("optimize");
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch();
-    for (QPushButton* b : {optimizeButton, ok, cancel})
-        buttons->addWidget(b);
-
     auto* right = new QVBoxLayout;
-    right->addLayout(objective);
+    right->addLayout(objectiveLayout(QStringLiteral("Target:"), QStringLiteral("Requested tonnage:")));
     right->addWidget(mConstraints);
     auto* rightPane = new QWidget;
     rightPane->setLayout(right);
@@ -138,14 +102,8 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
     layout->addWidget(columns, 1);
     layout->addWidget(new QLabel(QStringLiteral("Selected Blasts Running Total")));
     layout->addWidget(mRunningTotal);
-    layout->addLayout(buttons);
+    layout->addLayout(dialogButtons());
 
-    connect(mMode, &QComboBox::currentIndexChanged, this, [this](int index) {
-        mOptimization.setModeChoice(index);
-        updateEnabling();
-    });
-    connect(mElement, &QComboBox::currentIndexChanged, this,
-            [this](int index) { mOptimization.setElement(index); });
     connect(refresh, &QPushButton::clicked, this, [this] {
         reloadMap();
         refreshSources();
@@ -158,10 +116,10 @@ COptimizeBlasts::COptimizeBlasts(ProjectDatabase& db, const COptimizationParamet
         mMapLink->showFilter();
     });
     connect(mSources, &QListWidget::itemSelectionChanged, this, &COptimizeBlasts::selectionChanged);
-    connect(viewSource, &QPushButton::clicked, this, &COptimizeBlasts::viewSource);
-    connect(optimizeButton, &QPushButton::clicked, this, &COptimizeBlasts::optimize);
-    connect(ok, &QPushButton::clicked, this, &COptimizeBlasts::accept);
-    connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(viewSource, &QPushButton::clicked, this, [this] {
+        if (const QListWidgetItem* item = mSources->currentItem())
+            viewRecord([&] { return mOptimization.source(item->text()); });
+    });
 
     mMapLink = new QuarryMapLink(
         mMap->view(), {mSources, Qt::DisplayRole, mFilter, mBounds}, [this] { selectionChanged(); },
@@ -184,32 +142,17 @@ void COptimizeBlasts::reloadMap()
     mMapLink->showList();
 }
 
-bool COptimizeBlasts::guarded(const std::function<void()>& step)
-{
-    try {
-        step();
-        return true;
-    } catch (const DatabaseError& e) {
-        mUi.showMessage(e.message(), UserPrompt::Icon::Error, {});
-        return false;
-    }
-}
-
 void COptimizeBlasts::updateEnabling()
 {
-    mTarget->setEnabled(mOptimization.targetEnabled());
+    OptimizeDialog::updateEnabling();
     mElement->setEnabled(mOptimization.elementAndTonnageEnabled());
     mTonnage->setEnabled(mOptimization.elementAndTonnageEnabled());
 }
 
 bool COptimizeBlasts::readFields()
 {
-    for (NumberField* f : {mTarget, mTonnage}) {
-        if (!requireNumber(f, mUi))
-            return false;
-    }
-    mOptimization.setTarget(*mTarget->value());
-    mOptimization.setRequestedTonnage(*mTonnage->value());
+    if (!OptimizeDialog::readFields())
+        return false;
     std::array<double, 6> bounds{};
     for (std::size_t i = 0; i < 6; ++i) {
         const std::optional<double> v = requireNumber(mBounds[i], mUi);
@@ -230,11 +173,7 @@ void COptimizeBlasts::refreshSources()
     if (!guarded([&] { names = mOptimization.sourceNames(); }))
         return;
     const QStringList selected = mOptimization.selection();
-    const QSignalBlocker blocker(mSources);
-    mSources->clear();
-    mSources->addItems(names);
-    for (int i = 0; i < mSources->count(); ++i)
-        mSources->item(i)->setSelected(selected.contains(mSources->item(i)->text(), Qt::CaseInsensitive));
+    fillList(mSources, names, selected, Qt::CaseInsensitive);
     if (const QList<QListWidgetItem*> shown = mSources->selectedItems(); !shown.isEmpty())
         mSources->scrollToItem(shown.first());
     mSourceCaption->setText(mOptimization.sourceCaption());
@@ -245,12 +184,7 @@ void COptimizeBlasts::refreshSources()
 
 void COptimizeBlasts::selectionChanged()
 {
-    QStringList names;
-    for (int i = 0; i < mSources->count(); ++i) {
-        if (mSources->item(i)->isSelected())
-            names << mSources->item(i)->text();
-    }
-    mOptimization.setSelection(names);
+    mOptimization.setSelection(selectedTexts(mSources));
     if (mMapLink)
         mMapLink->showSelection();
     QString total;
@@ -258,31 +192,15 @@ void COptimizeBlasts::selectionChanged()
     mRunningTotal->setText(total);
 }
 
-void COptimizeBlasts::viewSource()
-{
-    const QListWidgetItem* item = mSources->currentItem();
-    if (!item)
-        return;
-    std::optional<Record> record;
-    if (guarded([&] { record = mOptimization.source(item->text()); }) && record)
-        RecordView(*record, this).exec();
-}
-
 void COptimizeBlasts::optimize()
 {
-    if (!readFields())
+    const std::optional<BlastOptimization::Result> result = run(mOptimization);
+    if (!result)
         return;
-    BlastOptimization::Result result;
-    if (!guarded([&] { result = mOptimization.optimize(BlastOptimization::debugFilePath()); }))
-        return;
-    if (!result.outcome.solved) {
-        OptimizationResultsWindow::showFailure(mUi, result.outcome, elementNames());
-        return;
-    }
     mLastRun = result;
-    mMap->view()->editData().setTaken(result.request, result.outcome);
+    mMap->view()->editData().setTaken(result->request, result->outcome);
     if (mShowResults)
-        mShowResults(result);
+        mShowResults(*result);
     // Storing the blend may have reduced or deleted blasts: list and map what is there now.
     reloadMap();
     refreshSources();

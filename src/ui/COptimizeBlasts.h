@@ -1,13 +1,11 @@
 #pragma once
 
 #include "optimise/BlastOptimization.h"
-
-#include <QDialog>
+#include "ui/OptimizeDialog.h"
 
 #include <functional>
 
 class QCheckBox;
-class QComboBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
@@ -15,15 +13,13 @@ class QListWidget;
 namespace kilnova {
 
 class ConstraintEditor;
-class NumberField;
 class QuarryMapLink;
 class QuarryMapPane;
-class UserPrompt;
 
 /// "Optimize Blasts": a thin view over BlastOptimization, with the quarry map beside the source
 /// list. Optimize shows the report through the showResults callback (the results window) and labels
 /// the blasts taken on the map; OK hands the settings back through parameters().
-class COptimizeBlasts final : public QDialog {
+class COptimizeBlasts final : public OptimizeDialog {
     Q_OBJECT
 public:
     using ResultsHandler = std::function<void(const BlastOptimization::Result&)>;
@@ -35,7 +31,7 @@ public:
     /// The settings OK stored.
     const COptimizationParameters& parameters() const { return mParameters; }
 
-    void optimize();
+    void optimize() override;
     void accept() override;
     void refreshSources();
     /// Reads the blasts of the map again from the database.
@@ -43,24 +39,17 @@ public:
     QuarryMapPane* map() const { return mMap; }
 
 private:
-    /// Copies the edit fields into the core object; false (after telling the user) if one is not a number.
-    bool readFields();
-    void updateEnabling();
+    OptimizationSettings& settings() override { return mOptimization; }
+    /// The objective fields, then the coordinate filter.
+    bool readFields() override;
+    void updateEnabling() override;
     void selectionChanged();
-    void viewSource();
-    /// Runs a step that reads the database, telling the user if it fails.
-    bool guarded(const std::function<void()>& step);
 
     ProjectDatabase& mDb;
     BlastOptimization mOptimization;
     COptimizationParameters mParameters;
-    UserPrompt& mUi;
     ResultsHandler mShowResults;
 
-    QComboBox* mMode;
-    QComboBox* mElement;
-    NumberField* mTarget;
-    NumberField* mTonnage;
     ConstraintEditor* mConstraints;
     QLabel* mSourceCaption;
     QListWidget* mSources;

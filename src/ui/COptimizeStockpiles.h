@@ -1,25 +1,21 @@
 #pragma once
 
 #include "optimise/StockpileOptimization.h"
-
-#include <QDialog>
+#include "ui/OptimizeDialog.h"
 
 #include <functional>
 
-class QComboBox;
 class QListWidget;
 class QTreeWidget;
 
 namespace kilnova {
 
 class ConstraintEditor;
-class NumberField;
-class UserPrompt;
 
 /// "Optimize Stockpiles": a thin view over StockpileOptimization. Optimize shows the report through
 /// the showResults callback (the dialog stays open); "Refresh Actual" replaces the Actual stockpiles
 /// from a data source chosen through chooseSource; OK hands the settings back through parameters().
-class COptimizeStockpiles final : public QDialog {
+class COptimizeStockpiles final : public OptimizeDialog {
     Q_OBJECT
 public:
     using ResultsHandler = std::function<void(const StockpileOptimization::Result&)>;
@@ -36,29 +32,23 @@ public:
     QTreeWidget* stockpileList() const { return mStockpiles; }
     QListWidget* additiveList() const { return mAdditives; }
 
-    void optimize();
+    void optimize() override;
     void refreshActual();
     void accept() override;
     /// Lists the stockpiles and additives again, the selection kept.
     void refreshSources();
 
 private:
-    bool readFields();
+    OptimizationSettings& settings() override { return mOptimization; }
     void selectionChanged();
     void viewSource();
-    bool guarded(const std::function<void()>& step);
 
     StockpileOptimization mOptimization;
     CSTKOptParameters mParameters;
     ProjectDatabase& mDb;
-    UserPrompt& mUi;
     ResultsHandler mShowResults;
     SourceChooser mChooseSource;
 
-    QComboBox* mMode;
-    QComboBox* mElement;
-    NumberField* mTarget;
-    NumberField* mTonnage;
     ConstraintEditor* mProduct;
     ConstraintEditor* mLeft;
     QTreeWidget* mStockpiles;
