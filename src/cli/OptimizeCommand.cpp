@@ -120,8 +120,6 @@ int OptimizeCommand::run(const QStringList& args)
     if (!options.parse(args.mid(2)))
         return wrongUsage(options.problem());
     const std::optional<QString> chartFile = options.value(kChart);
-    if (chartFile && !kind->charted)
-        return wrongUsage(QStringLiteral("optimize %1 draws no chart").arg(kind->word));
     if (chartFile && !PictureFile::formatOf(*chartFile))
         return wrongUsage(
             QStringLiteral("the chart is written as .png, .pdf or .svg, not \"%1\"").arg(*chartFile));

@@ -41,9 +41,6 @@ public:
         std::vector<OptimizeOptions::KindOption> options;
         std::vector<Store> stores;
         std::function<std::unique_ptr<OptimizeKind>(CliProject&)> make;
-        /// Whether --chart draws its blend chart: the chart shows elements against their limits, which
-        /// a coal's fuel values are not.
-        bool charted = true;
     };
     static const std::vector<Entry>& entries();
 
@@ -73,8 +70,8 @@ public:
     virtual QJsonObject json() const = 0;
     /// Said on the error stream after a solved run's report.
     virtual QStringList warnings() const { return {}; }
-    /// The blend chart of a solved run, for a kind whose entry is charted.
-    virtual BlendChartData chart() const { return {}; }
+    /// The blend chart of a solved run.
+    virtual BlendChartData chart() const = 0;
     /// The new record the entry's store option `store` keeps (its name still empty), and what the
     /// run takes from its sources, with what it read of them.
     virtual SourceUpdate::Blend blend(std::size_t store) const = 0;

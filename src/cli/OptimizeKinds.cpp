@@ -302,6 +302,7 @@ public:
         return solvedJson("coal", names, mResult.outcome, mResult.mix.tonnage, CoalProperties::names(),
                           {mResult.mix.properties.begin(), mResult.mix.properties.end()});
     }
+    BlendChartData chart() const override { return CoalOptimization::chartOf(mResult); }
     SourceUpdate::Blend blend(std::size_t) const override { return CoalOptimization::blendOf(mResult); }
     std::vector<SourceUpdate::Take> takes() const override { return CoalOptimization::takesOf(mResult); }
 };
@@ -352,8 +353,7 @@ const std::vector<OptimizeKind::Entry>& OptimizeKind::entries()
              "                                      a coal mix, of every coal unless --select names some\n"),
          {},
          {{QStringLiteral("--store"), Table::Coal}},
-         maker<CoalKind>(),
-         false},
+         maker<CoalKind>()},
     };
     return kinds;
 }

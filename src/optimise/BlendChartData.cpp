@@ -3,6 +3,7 @@
 #include "optimise/BlendProblem.h"
 #include "optimise/BlendSummary.h"
 #include "optimise/OptimizationModel.h"
+#include "optimise/ReportLines.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,6 +15,12 @@ bool BlendChartData::reaches(double value, double limit)
     return std::abs(value - limit) <= 1e-5 * std::max(1.0, std::abs(limit));
 }
 
+BlendChartData::Quantity BlendChartData::elementQuantity(int element)
+{
+    return {QString::fromLatin1(elementDisplayName(element).data()),
+            QString::fromLatin1(elementUnit(element).data()), ReportLines::kDecimals};
+}
+
 BlendChartData BlendChartData::of(const OptimizationRequest& request,
                                   const std::array<double, kElementCount>& blendValues, double tonnage)
 {
@@ -21,21 +28,23 @@ BlendChartData BlendChartData::of(const OptimizationRequest& request,
 }
 
 BlendChartData BlendChartData::of(int mode, int element, double target,
-                                  const std::array<ConstraintEntry, kElementCount>& constraints,
-                                  const std::array<double, kElementCount>& blendValues, double tonnage)
+                                  std::span<const ConstraintEntry> constraints,
+                                  std::span<const double> blendValues, double tonnage, Naming naming)
 {
     BlendChartData chart;
     chart.mode = mode;
     chart.tonnage = tonnage;
-    for (int k = 0; k < kElementCount; ++k) {
-        const ConstraintEntry& c = constraints[static_cast<std::size_t>(k)];
+    for (std::size_t i = 0; i < constraints.size(); ++i) {
+        const int k = static_cast<int>(i);
+        const ConstraintEntry& c = constraints[i];
         const bool optimised = k == element;
         if (!c.isActive() && !optimised)
             continue;
         Row row;
         row.element = k;
+        row.quantity = naming(k);
         row.optimised = optimised;
-        row.value = blendValues[static_cast<std::size_t>(k)];
+        row.value = i < blendValues.size() ? blendValues[i] : kMissing;
         if (c.isActive())
             row.band = std::array<double, 2>{std::min(c.minimum, c.maximum), std::max(c.minimum, c.maximum)};
         if (optimised && mode == 0)
@@ -52,13 +61,13 @@ BlendChartData BlendChartData::of(int mode, int element, double target,
     return chart;
 }
 
-BlendChartData BlendChartData::of(const BlendProblem& problem,
-                                  const std::array<double, kElementCount>& blendValues, double tonnage)
+BlendChartData BlendChartData::of(const BlendProblem& problem, std::span<const double> blendValues,
+                                  double tonnage, Naming naming)
 {
-    std::array<ConstraintEntry, kElementCount> constraints{};
+    std::vector<ConstraintEntry> constraints(static_cast<std::size_t>(problem.layout.count));
     for (const ElementBound& b : problem.bounds)
-        constraints[static_cast<std::size_t>(b.element)] = {b.minimum, b.maximum, {}, 1};
-    return of(problem.mode, problem.element, problem.target, constraints, blendValues, tonnage);
+        constraints.at(static_cast<std::size_t>(b.element)) = {b.minimum, b.maximum, {}, 1};
+    return of(problem.mode, problem.element, problem.target, constraints, blendValues, tonnage, naming);
 }
 
 BlendChartData BlendChartData::of(const OptimizationRequest& request, const OptimizationOutcome& outcome,

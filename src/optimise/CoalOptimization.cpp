@@ -6,8 +6,11 @@
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
 #include "optimise/CoalReport.h"
+#include "optimise/ReportLines.h"
 
 #include <QSqlQuery>
+
+#include <algorithm>
 
 namespace kilnova {
 
@@ -165,6 +168,25 @@ std::vector<SourceUpdate::Take> CoalOptimization::takesOf(const Result& result)
                          result.coals[j].tonnage,
                          result.coals[j].read});
     return takes;
+}
+
+BlendChartData::Quantity CoalOptimization::quantityOf(int property)
+{
+    return {CoalProperties::names().at(property), CoalProperties::unit(property), ReportLines::kDecimals};
+}
+
+BlendChartData CoalOptimization::chartOf(const Result& result)
+{
+    if (!result.outcome.problem)
+        return {};
+    BlendChartData chart =
+        BlendChartData::of(*result.outcome.problem, result.mix.properties, result.mix.tonnage, quantityOf);
+    chart.caption = QStringLiteral("Coal mix of %1 t").arg(chart.tonnage, 0, 'f', 2);
+    // "SiO2 52 %" of a coal would read as its own silica; the report gives the ash's.
+    if (std::any_of(chart.rows.begin(), chart.rows.end(),
+                    [](const BlendChartData::Row& r) { return CoalProperties::inAshAnalysis(r.element); }))
+        chart.caption += QStringLiteral("; oxides, moduli and phases of its ash");
+    return chart;
 }
 
 QString CoalOptimization::subtractQuestion()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "database/Record.h"
+#include "optimise/BlendChartData.h"
 #include "optimise/CCoalOptParameters.h"
 #include "optimise/CoalSource.h"
 #include "optimise/CoalSummary.h"
@@ -55,6 +56,11 @@ public:
     /// The mix of a solved run as a new Coal record, and the tonnes it takes from each coal.
     static SourceUpdate::Blend blendOf(const Result& result);
     static std::vector<SourceUpdate::Take> takesOf(const Result& result);
+    /// The blend chart of a solved run: the mix against its limits, each property in its unit and
+    /// with the report's decimals; the ash analysis is that of the mixed ash, as the report gives it.
+    static BlendChartData chartOf(const Result& result);
+    /// A property as the report prints it: "BTU" in BTU/lb, two decimals.
+    static BlendChartData::Quantity quantityOf(int property);
     /// The subtraction question, saying that a coal's change cannot be restored.
     static QString subtractQuestion();
 

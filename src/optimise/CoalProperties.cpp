@@ -33,6 +33,23 @@ QString CoalProperties::columnName(int property)
     return QString(names().at(property)).remove(u' ');
 }
 
+QString CoalProperties::unit(int property)
+{
+    if (const std::optional<Element> e = ashElement(property))
+        return QString::fromLatin1(elementUnit(elementIndex(*e)).data());
+    switch (static_cast<CoalProperty>(property)) {
+    case CoalProperty::BTU:
+        return QStringLiteral("BTU/lb");
+    case CoalProperty::Ash:
+    case CoalProperty::Humidity:
+    case CoalProperty::Volatiles:
+    case CoalProperty::Sulfur:
+        return QStringLiteral("%");
+    default:
+        return QString::fromLatin1(elementUnit(elementIndex(Element::CostFactor)).data());
+    }
+}
+
 std::optional<Element> CoalProperties::ashElement(int property)
 {
     const int k = property - kFirstAshProperty;

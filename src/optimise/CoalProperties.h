@@ -58,6 +58,9 @@ public:
     static const QStringList& names();
     /// The Coal table's column of a property ("CostFactor").
     static QString columnName(int property);
+    /// The unit a property's value is given in: BTU per pound, percent of the coal for ash, humidity,
+    /// volatiles and sulfur, the element's own for the ash analysis; none for the cost factor.
+    static QString unit(int property);
     /// The element a property of the ash analysis is (SiO2 … NaEq, C4AF); nothing for the fuel's own
     /// values, which count by the tonne of coal (BTU, Ash, Humidity, Volatiles, Sulfur, Cost Factor).
     static std::optional<Element> ashElement(int property);

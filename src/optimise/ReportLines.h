@@ -16,6 +16,9 @@ class ReportLines final {
 public:
     ReportLines() = delete;
 
+    /// The decimals of every value pairs() prints ("%10.2lf"); the blend chart writes values alike.
+    static constexpr int kDecimals = 2;
+
     /// Name/value pairs, "%11.11s %10.2lf" each, four a line separated by one space; the last line
     /// holds what is left. Lines end with "\r\n".
     static QString pairs(const QStringList& names, const std::vector<double>& values);

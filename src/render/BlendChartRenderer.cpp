@@ -2,6 +2,7 @@
 
 #include "render/RenderStyle.h"
 
+#include <QFontMetricsF>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -14,7 +15,7 @@ namespace {
 
 constexpr double kHeaderHeight = 62.0;
 constexpr double kLabelWidth = 124.0;
-constexpr double kValueWidth = 118.0;
+constexpr double kMinimumValueWidth = 118.0;
 constexpr double kTrackInset = 18.0;
 constexpr double kMinimumRowHeight = 36.0;
 constexpr double kMaximumRowHeight = 64.0;
@@ -40,7 +41,16 @@ BlendChartRenderer::BlendChartRenderer(const BlendChartData& data, const QRectF&
     , mCaption(std::move(caption))
 {
     if (mCaption.isEmpty())
+        mCaption = data.caption;
+    if (mCaption.isEmpty())
         mCaption = QStringLiteral("Blend of %1 t").arg(data.tonnage, 0, 'f', 2);
+    // A long value ("12370.99 BTU/lb") takes room from the tracks rather than lose its unit.
+    const QFontMetricsF metrics(RenderStyle::font(13, true));
+    mValueWidth = kMinimumValueWidth;
+    for (const BlendChartData::Row& row : data.rows) {
+        const QString shown = RenderStyle::valueText(row.value, row.quantity.unit, row.quantity.decimals);
+        mValueWidth = std::max(mValueWidth, std::ceil(metrics.horizontalAdvance(shown)) + 8.0);
+    }
     if (!data.rows.empty())
         mRowHeight = std::clamp((area.height() - kHeaderHeight - 8.0) / static_cast<double>(data.rows.size()),
                                 kMinimumRowHeight, kMaximumRowHeight);
@@ -77,7 +87,7 @@ QRectF BlendChartRenderer::trackRect(std::size_t row) const
 {
     const QRectF r = rowRect(row);
     const double left = r.left() + kLabelWidth + kTrackInset;
-    const double right = std::max(left + 40.0, r.right() - kValueWidth - kTrackInset);
+    const double right = std::max(left + 40.0, r.right() - mValueWidth - kTrackInset);
     return {left, r.center().y() - 10.0, right - left, 20.0};
 }
 
@@ -178,15 +188,17 @@ void BlendChartRenderer::paintRow(QPainter& painter, std::size_t i) const
     painter.setPen(RenderStyle::text());
     painter.setFont(RenderStyle::font(13, row.optimised));
     const QRectF label(r.left() + 10, r.top(), kLabelWidth - 10, r.height());
+    const BlendChartData::Quantity& quantity = row.quantity;
+    const QString heading = RenderStyle::heading(quantity.name, quantity.unit);
     if (row.optimised) {
         painter.drawText(label.adjusted(0, 0, 0, -r.height() / 2 + 2), Qt::AlignLeft | Qt::AlignBottom,
-                         RenderStyle::elementHeading(row.element));
+                         heading);
         painter.setFont(RenderStyle::font(10));
         painter.setPen(RenderStyle::quietText());
         painter.drawText(label.adjusted(0, r.height() / 2 + 2, 0, 0), Qt::AlignLeft | Qt::AlignTop,
                          goalText(mData.mode));
     } else {
-        painter.drawText(label, Qt::AlignLeft | Qt::AlignVCenter, RenderStyle::elementHeading(row.element));
+        painter.drawText(label, Qt::AlignLeft | Qt::AlignVCenter, heading);
     }
 
     painter.setRenderHint(QPainter::Antialiasing, false);
@@ -205,7 +217,7 @@ void BlendChartRenderer::paintRow(QPainter& painter, std::size_t i) const
             painter.setPen(binds ? bindingColour() : RenderStyle::quietText());
             painter.setFont(RenderStyle::font(10, binds));
             painter.drawText(QRectF(x - 40, cy + h, 80, 14), Qt::AlignHCenter | Qt::AlignTop,
-                             QString::number((*row.band)[e], 'f', 2));
+                             QString::number((*row.band)[e], 'f', quantity.decimals));
         }
     }
     painter.setRenderHint(QPainter::Antialiasing);
@@ -218,7 +230,7 @@ void BlendChartRenderer::paintRow(QPainter& painter, std::size_t i) const
         diamond(painter, QPointF(xOf(i, row.value), cy), 7.5);
 
     // The value in words on the right.
-    const QRectF value(track.right() + kTrackInset, r.top(), kValueWidth - 4, r.height());
+    const QRectF value(track.right() + kTrackInset, r.top(), mValueWidth - 4, r.height());
     painter.setPen(RenderStyle::text());
     painter.setFont(RenderStyle::font(13, true));
     QString note;
@@ -230,10 +242,10 @@ void BlendChartRenderer::paintRow(QPainter& painter, std::size_t i) const
         note = QStringLiteral("at the minimum");
         noteColour = bindingColour();
     } else if (row.target) {
-        note = QStringLiteral("target ") + QString::number(*row.target, 'f', 2);
+        note = QStringLiteral("target ") + QString::number(*row.target, 'f', quantity.decimals);
         noteColour = targetColour();
     }
-    const QString shown = RenderStyle::valueText(row.element, row.value);
+    const QString shown = RenderStyle::valueText(row.value, quantity.unit, quantity.decimals);
     if (note.isEmpty()) {
         painter.drawText(value, Qt::AlignLeft | Qt::AlignVCenter, shown);
         return;

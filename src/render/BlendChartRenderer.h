@@ -12,12 +12,13 @@ class QPainter;
 
 namespace kilnova {
 
-/// Draws the blend chart: one row per element with a limit (and the optimised one), each on its own
+/// Draws the blend chart: one row per property with a limit (and the optimised one), each on its own
 /// scale, so that an MS of 2.4 and a CaO of 43 read alike. A row shows the band between the limits,
 /// the blend's value as a marker, the target in Target mode, and a limit the blend reaches in a
-/// colour of its own.
+/// colour of its own; its values are written with the row's unit and decimals.
 class BlendChartRenderer final {
 public:
+    /// Without a caption, the data's own heading, or "Blend of T t".
     BlendChartRenderer(const BlendChartData& data, const QRectF& area, QString caption = {});
 
     void paint(QPainter& painter) const;
@@ -51,6 +52,8 @@ private:
     QRectF mArea;
     QString mCaption;
     double mRowHeight = 40.0;
+    /// The column of the values in words, right of the tracks.
+    double mValueWidth = 0.0;
 };
 
 } // namespace kilnova

@@ -16,9 +16,12 @@ public:
     static QColor text() { return QColor(0x22, 0x22, 0x22); }
     static QColor quietText() { return QColor(0x5f, 0x5f, 0x5a); }
 
-    /// Heading of an element: "CaO (%)", "LSF".
+    /// Heading of a quantity: "CaO (%)", "LSF".
+    static QString heading(const QString& name, const QString& unit);
     static QString elementHeading(int element);
-    /// A value of an element with its unit: "49.95 %", "2.41", or "missing".
+    /// A value with its unit: "49.95 %", "2.41", or "missing".
+    static QString valueText(double value, const QString& unit, int decimals);
+    /// A value of an element, with two decimals.
     static QString valueText(int element, double value);
 };
 

@@ -14,6 +14,7 @@ CoalResultsWindow::CoalResultsWindow(const CoalOptimization::Result& result, CKi
     addStoreAction(QStringLiteral("Store coal…"), QStringLiteral("storeCoal"),
                    QStringLiteral("Save the mix as a new coal and subtract its tonnes from the coals used"),
                    [this] { return storeCoal(); });
+    setChart(CoalOptimization::chartOf(result));
     explain(result.outcome, CoalProperties::names());
 }
 

@@ -7,8 +7,8 @@ namespace kilnova {
 
 class CKilnovaDoc;
 
-/// "Coal Optimization Results": the report, and "Store coal…" to keep the mix as a new coal and
-/// take its tonnes out of the coals used (which have no backup).
+/// "Coal Optimization Results": the report with the mix's blend chart, and "Store coal…" to keep the
+/// mix as a new coal and take its tonnes out of the coals used (which have no backup).
 class CoalResultsWindow final : public OptimizationResultsWindow {
     Q_OBJECT
 public:

@@ -168,7 +168,6 @@ int ScreenshotTaker::run(const QString& project, const QString& dialog, const QS
             return 1;
         }
         CoalResultsWindow results(result, doc, prompt, &frame);
-        results.resize(820, 640);
         results.show();
         return save(&results, output) ? 0 : 1;
     }

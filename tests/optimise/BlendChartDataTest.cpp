@@ -1,6 +1,7 @@
 #include "optimise/BlendChartData.h"
 
 #include "chemistry/ChemEquationCoefficients.h"
+#include "optimise/BlendProblem.h"
 #include "optimise/ConstraintEntry.h"
 #include "optimise/OptimizationModel.h"
 
@@ -129,6 +130,68 @@ TEST(BlendChartData, ASolvedRunShowsTheLimitItPushedAgainst)
     EXPECT_NEAR(chart.rows[1].value, 46.0, 1e-6);
     EXPECT_TRUE(chart.rows[1].optimised);
     EXPECT_EQ(chart.rows[1].binding, BlendChartData::Binding::None);
+}
+
+TEST(BlendChartData, ElementRowsAreNamedAsTheReportsPrintThem)
+{
+    struct Case {
+        Element element;
+        const char* name;
+        const char* unit;
+    };
+    const Case cases[] = {
+        {Element::Titration, "Titration", "%"},
+        {Element::SiO2, "SiO2", "%"},
+        {Element::MS, "MS", ""},
+        {Element::LSF, "LSF", ""},
+        {Element::NaEq, "NaEq", "%"},
+        {Element::CostFactor, "Cost Factor", ""},
+        {Element::C4AF, "C4AF", "%"},
+        {Element::Cl, "Cl", "%"},
+    };
+    for (const Case& c : cases) {
+        OptimizationRequest r;
+        r.mode = 1;
+        r.element = elementIndex(c.element);
+        const BlendChartData chart = BlendChartData::of(r, blend({}), 1);
+        ASSERT_EQ(chart.rows.size(), 1u);
+        const BlendChartData::Quantity& q = chart.rows[0].quantity;
+        EXPECT_EQ(q.name, QString::fromLatin1(c.name));
+        EXPECT_EQ(q.unit, QString::fromLatin1(c.unit)) << c.name;
+        EXPECT_EQ(q.decimals, 2) << c.name;
+    }
+}
+
+/// A property list longer than the elements' (a coal's 25) keeps its rows past the 22nd, named by
+/// the kind, with the values the kind gives.
+TEST(BlendChartData, AProblemOfItsOwnPropertiesIsChartedByItsOwnNames)
+{
+    BlendProblem p;
+    p.layout.count = 25;
+    p.mode = 0;
+    p.element = 3;
+    p.target = 7.5;
+    p.bounds = {{24, 10, 20}, {0, 100, 200}};
+    std::vector<double> values(25, 0.0);
+    values[0] = 200;
+    values[3] = 7.5;
+    values[24] = 12;
+    const BlendChartData chart = BlendChartData::of(p, values, 500, [](int k) {
+        return BlendChartData::Quantity{QStringLiteral("P%1").arg(k), "u", 1};
+    });
+    ASSERT_EQ(chart.rows.size(), 3u);
+    const int properties[] = {0, 3, 24};
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(chart.rows[i].element, properties[i]);
+        EXPECT_EQ(chart.rows[i].quantity.name, QStringLiteral("P%1").arg(properties[i]));
+        EXPECT_EQ(chart.rows[i].quantity.decimals, 1);
+        EXPECT_EQ(chart.rows[i].value, values[static_cast<std::size_t>(properties[i])]);
+    }
+    EXPECT_EQ(chart.rows[0].binding, BlendChartData::Binding::Maximum);
+    ASSERT_TRUE(chart.rows[1].target);
+    EXPECT_EQ(*chart.rows[1].target, 7.5);
+    EXPECT_EQ(*chart.rows[2].band, (std::array<double, 2>{10, 20}));
+    EXPECT_EQ(chart.rows[2].binding, BlendChartData::Binding::None);
 }
 
 } // namespace

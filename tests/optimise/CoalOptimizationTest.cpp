@@ -254,6 +254,79 @@ TEST_F(CoalOptimizationTest, StoresTheMixAsACoalAndSubtractsWithoutBackup)
     EXPECT_FALSE(RecordTable(*mDb, Table::Coal).find({"Mix B", {}}));
 }
 
+TEST_F(CoalOptimizationTest, TheChartShowsTheMixAgainstItsLimitsInTheReportsUnits)
+{
+    using B = BlendChartData::Binding;
+    struct Row {
+        int property;
+        const char* name;
+        const char* unit;
+        std::optional<double> value; ///< none: as the report's mix has it
+        B binding;
+    };
+    struct Case {
+        const char* what;
+        CCoalOptParameters parameters;
+        std::vector<ElementBound> limits;
+        const char* caption;
+        std::vector<Row> rows;
+    };
+    CCoalOptParameters target = parameters();
+    target.mode = 0;
+    target.optimizedElement = "BTU";
+    target.target = 13000;
+    const std::vector<Case> cases = {
+        // The cheapest mix whose ash holds 36% SiO2 (562.5 t of C1, 437.5 t of C2) costs 76.875; C4AF,
+        // past the 22 elements, keeps its row, with the mixed ash's value the report prints.
+        {"ash limits",
+         parameters(),
+         {{kSiO2, 36, 100}, {coalPropertyIndex(CoalProperty::C4AF), 0, 100}},
+         "Coal mix of 1000.00 t; oxides, moduli and phases of its ash",
+         {{kSiO2, "SiO2", "%", 36, B::Minimum},
+          {kCost, "Cost Factor", "", 76.875, B::None},
+          {coalPropertyIndex(CoalProperty::C4AF), "C4AF", "%", std::nullopt, B::None}}},
+        // 13000 BTU/lb needs half of each (12000 + 2 x2 = 13000), which holds sulfur at its 1.5.
+        {"fuel values",
+         target,
+         {{kSulfur, 0, 1.5}},
+         "Coal mix of 1000.00 t",
+         {{kBTU, "BTU", "BTU/lb", 13000, B::None}, {kSulfur, "Sulfur", "%", 1.5, B::Maximum}}},
+    };
+    for (const Case& c : cases) {
+        CoalOptimization o = optimization(c.parameters);
+        for (const ElementBound& l : c.limits)
+            ASSERT_FALSE(o.addConstraint(l.element, l.minimum, l.maximum)) << c.what;
+        const CoalOptimization::Result r = o.optimize();
+        ASSERT_TRUE(r.outcome.solved) << c.what << ": " << r.outcome.message.toStdString();
+        const BlendChartData chart = CoalOptimization::chartOf(r);
+        EXPECT_EQ(chart.caption, QString::fromUtf8(c.caption)) << c.what;
+        EXPECT_EQ(chart.mode, c.parameters.mode);
+        EXPECT_NEAR(chart.tonnage, 1000, 1e-6);
+        ASSERT_EQ(chart.rows.size(), c.rows.size()) << c.what;
+        for (std::size_t i = 0; i < c.rows.size(); ++i) {
+            const BlendChartData::Row& row = chart.rows[i];
+            const Row& want = c.rows[i];
+            EXPECT_EQ(row.element, want.property) << c.what << " row " << i;
+            EXPECT_EQ(row.quantity.name, QString::fromUtf8(want.name));
+            EXPECT_EQ(row.quantity.unit, QString::fromUtf8(want.unit)) << want.name;
+            EXPECT_EQ(row.quantity.decimals, 2) << "the report's %10.2lf";
+            const double value =
+                want.value.value_or(r.mix.properties[static_cast<std::size_t>(want.property)]);
+            EXPECT_NEAR(row.value, value, 1e-4 * std::max(1.0, value)) << c.what << ": " << want.name;
+            EXPECT_EQ(row.binding, want.binding) << c.what << ": " << want.name;
+            EXPECT_EQ(row.optimised, want.property == o.element()) << want.name;
+            EXPECT_EQ(row.target.has_value(), row.optimised && c.parameters.mode == 0) << want.name;
+        }
+    }
+
+    // A run that found no mix draws nothing.
+    CCoalOptParameters tooMuch = parameters();
+    tooMuch.requestedTonnage = 5000;
+    const CoalOptimization::Result refused = optimization(tooMuch).optimize();
+    ASSERT_FALSE(refused.outcome.solved);
+    EXPECT_TRUE(CoalOptimization::chartOf(refused).rows.empty());
+}
+
 TEST_F(CoalOptimizationTest, ACoalLeftWithATenthOfATonneOrLessIsDeleted)
 {
     setCoal("C1", "Quantity", 100.1);

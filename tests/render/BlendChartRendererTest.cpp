@@ -1,6 +1,10 @@
 #include "render/BlendChartRenderer.h"
 
 #include "Pixels.h"
+#include "optimise/CoalOptimization.h"
+#include "render/RenderStyle.h"
+
+#include <QFontMetricsF>
 
 #include <gtest/gtest.h>
 
@@ -168,6 +172,75 @@ TEST_F(BlendChartRendererTest, TheTargetIsMarkedOnTheOptimisedRow)
         << mImage.pixelColor(x, middle(1) - 12).name().toStdString();
     EXPECT_TRUE(sameColour(mImage.pixelColor(x, middle(1)), BlendChartRenderer::valueColour(), 3));
     EXPECT_EQ(spanOf(mImage, middle(1), {BlendChartRenderer::bandColour()}).first, -1) << "no band";
+}
+
+/// A coal mix of cheapest cost: its heat inside 12000..13000 BTU/lb, its sulfur held at its maximum
+/// and the silica modulus of its ash at its minimum.
+BlendChartData coalChart()
+{
+    const auto at = [](CoalProperty p) {
+        return static_cast<std::size_t>(coalPropertyIndex(p));
+    };
+    std::vector<ConstraintEntry> limits(kCoalPropertyCount);
+    limits[at(CoalProperty::BTU)] = {12000, 13000, {}, 1};
+    limits[at(CoalProperty::Sulfur)] = {0, 1.5, {}, 1};
+    limits[at(CoalProperty::MS)] = {1.5, 2.5, {}, 1};
+    std::vector<double> mix(kCoalPropertyCount, 1.0);
+    mix[at(CoalProperty::BTU)] = 12370.99;
+    mix[at(CoalProperty::Sulfur)] = 1.5;
+    mix[at(CoalProperty::MS)] = 1.5;
+    mix[at(CoalProperty::CostFactor)] = 86.04;
+    return BlendChartData::of(-1, coalPropertyIndex(CoalProperty::CostFactor), 0, limits, mix, 10000,
+                              CoalOptimization::quantityOf);
+}
+
+class CoalChartRendererTest : public BlendChartRendererTest {
+protected:
+    CoalChartRendererTest() { mChart = coalChart(); }
+};
+
+TEST_F(CoalChartRendererTest, BandsMarkersAndBindingLimitsSitWhereTheValuesAre)
+{
+    ASSERT_EQ(mChart.rows.size(), 4u);
+    // BTU: the scale runs from 11750 to 13250, so the band fills the middle two thirds and the mix's
+    // 12370.99 sits at 620.99 / 1500 of the track.
+    const Span heat = track(0), heatBand = band(0);
+    ASSERT_GE(heat.first, 0);
+    const double width = heat.last - heat.first;
+    EXPECT_NEAR(heatBand.first, heat.first + width / 6, 2.5);
+    EXPECT_NEAR(heatBand.last, heat.first + 5 * width / 6, 2.5);
+    const QPointF marker(heat.first + width * 620.99 / 1500, middle(0));
+    EXPECT_TRUE(sameColour(pixelAt(mImage, marker), BlendChartRenderer::valueColour(), 3))
+        << pixelAt(mImage, marker).name().toStdString();
+    EXPECT_EQ(spanOf(mImage, middle(0) - 10, {BlendChartRenderer::bindingColour()}).first, -1)
+        << "the heat reaches neither limit";
+
+    // Sulfur is held at its maximum, the ash's MS at its minimum: those ends in the binding colour.
+    struct Held {
+        std::size_t row;
+        double at; ///< share of the track
+    };
+    for (const Held& h : {Held{1, 5.0 / 6}, Held{2, 1.0 / 6}}) {
+        const Span t = track(h.row);
+        const Span bound = spanOf(mImage, middle(h.row) - 10, {BlendChartRenderer::bindingColour()});
+        ASSERT_GE(bound.first, 0) << "row " << h.row;
+        EXPECT_NEAR((bound.first + bound.last) / 2.0, t.first + h.at * (t.last - t.first), 2.5)
+            << "row " << h.row;
+    }
+}
+
+TEST_F(CoalChartRendererTest, ALongValueKeepsItsUnitAndTheElementChartKeepsItsTracks)
+{
+    const QString heat = RenderStyle::valueText(12370.99, QStringLiteral("BTU/lb"), 2);
+    EXPECT_EQ(heat, QStringLiteral("12370.99 BTU/lb"));
+    const double advance = QFontMetricsF(RenderStyle::font(13, true)).horizontalAdvance(heat);
+    EXPECT_LE(mRenderer->trackRect(0).right() + 18 + advance, mImage.width() - 4)
+        << "the value column is wide enough";
+    // Values of a few characters leave the tracks where they always were.
+    const BlendChartData elements = chart();
+    const BlendChartRenderer plain(elements, QRectF(mImage.rect()));
+    EXPECT_DOUBLE_EQ(plain.trackRect(0).right(), mImage.width() - 118.0 - 18.0);
+    EXPECT_LT(mRenderer->trackRect(0).right(), plain.trackRect(0).right());
 }
 
 TEST(BlendChartRenderer, ScalesHoldEveryPointAndNeverCollapse)

@@ -5,6 +5,7 @@
 #include "database/RecordTable.h"
 #include "project/CKilnovaDoc.h"
 #include "support/ScriptedPrompt.h"
+#include "ui/BlendChartView.h"
 #include "ui/CMainFrame.h"
 #include "ui/COptimizeCoal.h"
 #include "ui/CoalResultsWindow.h"
@@ -184,6 +185,15 @@ private slots:
         QVERIFY(!window.pageHeader().database.isEmpty());
         for (const char* caption : {"OK", "Print", "Save as PDF…", "Save as text…", "Store coal…"})
             QVERIFY2(button(&window, QString::fromUtf8(caption)), caption);
+        // Beside the report, the chart: the ash's SiO2 held at its minimum of 36, and the cost.
+        auto* chart = window.findChild<BlendChartView*>();
+        QVERIFY(chart);
+        QCOMPARE(chart->chart().rows.size(), std::size_t{2});
+        QCOMPARE(chart->chart().rows[0].quantity.name, QStringLiteral("SiO2"));
+        QCOMPARE(chart->chart().rows[0].binding, BlendChartData::Binding::Minimum);
+        QCOMPARE(chart->chart().rows[1].quantity.name, QStringLiteral("Cost Factor"));
+        QVERIFY(chart->chart().rows[1].optimised);
+        QVERIFY(window.chart()); // printed after the report's pages
 
         auto* store = window.findChild<QPushButton*>("storeCoal");
         ui.textAnswers = {std::nullopt};
