@@ -69,7 +69,7 @@ int ScreenshotTaker::run(const QString& project, const QString& dialog, const QS
         return save(about.get(), output) ? 0 : 1;
     }
 
-    if (dialog.startsWith(QLatin1String("optimize-"))) {
+    if (QStringList({"optimize-blasts", "optimize-results", "optimize-map"}).contains(dialog)) {
         if (!doc.database())
             return 1;
         COptimizeBlasts optimize(*doc.database(), doc.settings().blastOptimization, prompt, {}, &frame);
@@ -119,7 +119,6 @@ int ScreenshotTaker::run(const QString& project, const QString& dialog, const QS
             return 1;
         }
         CClinkerOptResults results(result, doc, prompt, &frame);
-        results.resize(820, 900);
         results.show();
         return save(&results, output) ? 0 : 1;
     }
@@ -138,7 +137,6 @@ int ScreenshotTaker::run(const QString& project, const QString& dialog, const QS
             return 1;
         }
         StockpileResultsWindow results(result, doc, prompt, &frame);
-        results.resize(820, 760);
         results.show();
         return save(&results, output) ? 0 : 1;
     }
