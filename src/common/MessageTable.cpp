@@ -234,6 +234,9 @@ const QHash<int, QString>& table()
         {32009, QStringLiteral("The table stkpiles of %1 holds none of the four Actual stockpiles.\nNothing "
                                "was changed.")},
         {32010, QStringLiteral("%1 Actual stockpiles were replaced from %2.")},
+        {32011,
+         QStringLiteral("The row of %1 in stkpiles holds \"%2\" in %3, which is beyond what an analysis can "
+                        "keep (%4 at the most).\nNothing was changed.")},
 
         {32100,
          QStringLiteral("A blend that meets every limit exists all the same. Kilnova's second method (a "

@@ -159,6 +159,7 @@ enum class Msg : int {
     ExternalNotANumber,
     ExternalNoActual,
     ActualRefreshed,
+    ExternalOutOfRange,
     // Large selections (32100-32199).
     SecondMethodFound = 32100,
     SelectionTooLarge,

@@ -95,9 +95,13 @@ ExternalStockpiles::Row ExternalStockpiles::rowFrom(const std::vector<QVariant>&
                                                           : v.toDouble(&ok);
         // "nan", "inf" and numbers the analysis cannot keep would be stored as values no formula
         // copes with (and narrowing them to the analysis is undefined).
-        if (!ok || !std::isfinite(d) || std::abs(d) > limit)
+        if (!ok || std::isnan(d))
             throw ExternalSourceError(
                 message(Msg::ExternalNotANumber, {row.name, v.toString(), QString::fromLatin1(name)}));
+        if (std::abs(d) > limit)
+            throw ExternalSourceError(
+                message(Msg::ExternalOutOfRange,
+                        {row.name, v.toString(), QString::fromLatin1(name), QString::number(limit, 'g', 9)}));
         return d;
     };
     row.quantity = number(2, "Quantity", std::numeric_limits<double>::max());

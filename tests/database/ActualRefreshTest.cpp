@@ -231,6 +231,9 @@ TEST(ExternalRowTest, ValuesAsTheDriverGivesThemBecomeNumbersOrARefusal)
     auto refusal = [](const char* value, const char* column) {
         return message(Msg::ExternalNotANumber, {"Actual 1", value, column});
     };
+    auto tooLarge = [](const char* value, const char* column, const char* most) {
+        return message(Msg::ExternalOutOfRange, {"Actual 1", value, column, most});
+    };
     struct Case {
         const char* name;
         std::vector<QVariant> values; // Name, Source, Quantity, Titration, SiO2, ...
@@ -251,13 +254,19 @@ TEST(ExternalRowTest, ValuesAsTheDriverGivesThemBecomeNumbersOrARefusal)
          0,
          0,
          0,
-         refusal("inf", "Titration")},
+         tooLarge("inf", "Titration", "3.40282347e+38")},
+        {"inf as text",
+         {"Actual 1", "Actual", "-inf"},
+         0,
+         0,
+         0,
+         tooLarge("-inf", "Quantity", "1.79769313e+308")},
         {"beyond what the analysis keeps",
          {"Actual 1", "Actual", 1.0, 0.0, "4e38"},
          0,
          0,
          0,
-         refusal("4e38", "SiO2")},
+         tooLarge("4e38", "SiO2", "3.40282347e+38")},
         {"decimal comma", {"Actual 1", "Actual", 1.0, 0.0, "12,5"}, 0, 0, 0, refusal("12,5", "SiO2")},
     };
     for (const Case& c : cases) {
