@@ -229,7 +229,10 @@ LinearProgramme OptimizationModel::build(const BlendProblem& p, int programme) c
     }
     for (std::size_t i = 0; i < p.kindRows.size(); ++i) {
         const LinearProgramme::Row& row = p.kindRows[i];
-        addRow(row.coefficients, row.rhs, row.kind, Role::KindRow, static_cast<int>(i));
+        if (row.role == Role::KindRow)
+            addRow(row.coefficients, row.rhs, row.kind, Role::KindRow, static_cast<int>(i));
+        else
+            addRow(row.coefficients, row.rhs, row.kind, row.role, row.index);
     }
 
     lp.rows = p.declaredRows.value_or(static_cast<int>(lp.rowList.size()));
