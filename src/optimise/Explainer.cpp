@@ -172,6 +172,49 @@ Needed neededValue(ProgrammeProbe& probe, const BlendProblem& p, UserLimit l)
     return {};
 }
 
+/// Narrows the candidates `in` marks to some that cannot hold together, by the elastic filter: the
+/// limits that give way in the cheapest blend breaking some are made to hold, until the ones made
+/// to hold conflict. The sources' tonnages hold from the start. All stay marked when it is not
+/// settled that way.
+void shortlist(ProgrammeProbe& probe, const BlendProblem& p, const LinearProgramme& full,
+               const std::vector<UserLimit>& candidates, std::vector<bool>& in)
+{
+    std::vector<bool> hard(candidates.size(), false);
+    for (std::size_t i = 0; i < candidates.size(); ++i)
+        hard[i] = candidates[i] == kSourceTonnages;
+    auto isHard = [&](UserLimit l) {
+        for (std::size_t i = 0; i < candidates.size(); ++i) {
+            if (hard[i] &&
+                (candidates[i] == l || (candidates[i] == kSourceTonnages && l.kind == Kind::SourceTonnage)))
+                return true;
+        }
+        return false;
+    };
+    for (;;) {
+        std::vector<UserLimit> elastic;
+        for (std::size_t i = 0; i < candidates.size(); ++i) {
+            if (!hard[i])
+                elastic.push_back(candidates[i]);
+        }
+        if (elastic.empty())
+            return;
+        const std::optional<std::vector<UserLimit>> given = probe.yielding(p, full, isHard, elastic);
+        if (!given) {
+            // The hard limits conflict in the programme as solved with them alone, unless the
+            // tonnage gave way: without it that programme is another one (rows follow the blend's
+            // tonnage, or a blend is scaled to it), which is asked.
+            const bool tonnageGave = std::find(elastic.begin(), elastic.end(), kTonnage) != elastic.end();
+            if (!tonnageGave || !probe.solve(p, full, isHard, Objective::None).feasible())
+                in = hard;
+            return;
+        }
+        if (given->empty())
+            return;
+        for (std::size_t i = 0; i < candidates.size(); ++i)
+            hard[i] = hard[i] || std::find(given->begin(), given->end(), candidates[i]) != given->end();
+    }
+}
+
 } // namespace
 
 Explainer::Explainer(const OptimizationModel& model)
@@ -200,7 +243,7 @@ Explanation Explainer::explain(const OptimizationOutcome& outcome, const QString
         if (codes[0] == ClpSolve::kUnbounded || codes[1] == ClpSolve::kUnbounded)
             return unbounded(p, outcome, names);
         if (codes[0] == ClpSolve::kInfeasible || codes[1] == ClpSolve::kInfeasible)
-            return infeasible(p, names);
+            return infeasible(p, names, outcome.infeasibleByBoth);
         e.statement =
             codes[0] == ClpSolve::kPivotLimit || codes[1] == ClpSolve::kPivotLimit
                 ? QStringLiteral("The solver stopped at its pivot limit without an answer: there is "
@@ -216,12 +259,13 @@ Explanation Explainer::explain(const OptimizationOutcome& outcome, const QString
     return e;
 }
 
-Explanation Explainer::infeasible(const BlendProblem& p, const QStringList& names) const
+Explanation Explainer::infeasible(const BlendProblem& p, const QStringList& names, bool confirmed) const
 {
     Explanation e;
     ProgrammeProbe probe(mModel, 1, kSolveBudget);
     const LinearProgramme full = probe.build(p);
-    if (probe.solve(p, full, everyLimit, Objective::None).feasible()) {
+    // Without the target row the programme holds a blend exactly when one of the two does.
+    if (!confirmed && probe.solve(p, full, everyLimit, Objective::None).feasible()) {
         e.statement =
             QStringLiteral("Solved again, every limit holds together: the answer \"infeasible\" could not "
                            "be confirmed, so it is not explained.");
@@ -238,7 +282,6 @@ Explanation Explainer::infeasible(const BlendProblem& p, const QStringList& name
         return e;
     }
 
-    // Deletion filter: a limit whose removal leaves the rest infeasible is not needed for the conflict.
     std::vector<UserLimit> candidates;
     bool anySourceTonnage = false;
     for (const UserLimit& l : ProgrammeProbe::limitsOf(p)) {
@@ -258,7 +301,11 @@ Explanation Explainer::infeasible(const BlendProblem& p, const QStringList& name
         }
         return false;
     };
+    shortlist(probe, p, full, candidates, in);
+    // Deletion filter: a limit whose removal leaves the rest infeasible is not needed for the conflict.
     for (std::size_t i = 0; i < candidates.size(); ++i) {
+        if (!in[i])
+            continue;
         in[i] = false;
         if (probe.solve(p, full, inSet, Objective::None).feasible())
             in[i] = true;

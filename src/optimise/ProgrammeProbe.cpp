@@ -13,6 +13,10 @@ namespace {
 using Role = LinearProgramme::Role;
 using Kind = UserLimit::Kind;
 
+/// A limit gives way in an answer by more than this (tonnes, or tonne-percent): far below what
+/// either method can tell from nothing.
+constexpr double kYieldTolerance = 1e-6;
+
 double product(const std::vector<double>& a, const std::vector<double>& x)
 {
     double sum = 0.0;
@@ -104,6 +108,27 @@ std::optional<ProgrammeProbe::Result> byClassicMethod(const LinearProgramme& lp,
     }
     result.objective = product(lp.objective, result.x) + constant;
     return result;
+}
+
+/// Each method's answer stands when it is an optimum. Otherwise the other method is asked too, as the
+/// optimisation does: no blend is declared only when both find none.
+ProgrammeProbe::Result settle(const LinearProgramme& lp, double constant, bool classicFirst)
+{
+    const std::optional<ProgrammeProbe::Result> first =
+        classicFirst ? byClassicMethod(lp, constant) : bySecondMethod(lp, constant);
+    if (first && first->optimal())
+        return *first;
+    const std::optional<ProgrammeProbe::Result> second =
+        classicFirst ? bySecondMethod(lp, constant) : byClassicMethod(lp, constant);
+    if (second && second->optimal())
+        return *second;
+    for (const std::optional<ProgrammeProbe::Result>* r : {&first, &second}) {
+        if (*r && (*r)->code == ClpSolve::kUnbounded)
+            return **r;
+    }
+    if (!first || !second)
+        throw ProgrammeProbe::CutShort("a solve could not be settled by either method");
+    return *first;
 }
 
 } // namespace
@@ -288,12 +313,10 @@ double ProgrammeProbe::excess(const LinearProgramme::Row& row, const std::vector
     return side * (product(row.dense(static_cast<int>(x.size())), x) - row.rhs);
 }
 
-ProgrammeProbe::Result ProgrammeProbe::solve(const BlendProblem& problem, const LinearProgramme& full,
-                                             const std::function<bool(UserLimit)>& inForce,
-                                             Objective objective, UserLimit limit)
+LinearProgramme ProgrammeProbe::programme(const BlendProblem& problem, const LinearProgramme& full,
+                                          const std::function<bool(UserLimit)>& inForce, Objective objective,
+                                          UserLimit limit, double& constant)
 {
-    if (++mSolves > mBudget)
-        throw CutShort("the budget was spent");
     const bool limitObjective = objective == Objective::LimitExcess;
     const bool tonnageObjective =
         objective == Objective::MaximiseTonnage || objective == Objective::MinimiseTonnage;
@@ -356,7 +379,7 @@ ProgrammeProbe::Result ProgrammeProbe::solve(const BlendProblem& problem, const 
     }
     padRows(lp);
 
-    double constant = 0.0;
+    constant = 0.0;
     switch (objective) {
     case Objective::None:
         lp.objective.assign(static_cast<std::size_t>(lp.columns), 0.0);
@@ -380,27 +403,65 @@ ProgrammeProbe::Result ProgrammeProbe::solve(const BlendProblem& problem, const 
         lp.sense = objective == Objective::MinimiseTonnage ? -1 : 1;
         break;
     }
+    return lp;
+}
 
-    // Each method's answer stands when it is an optimum. Otherwise the other method is asked too,
-    // as the optimisation does: no blend is declared only when both find none. The optimisation's own
-    // objective goes to the classic method first, whose optimum the report gave; a question of the
-    // explanation's to the second, which is faster on a programme of few rows and many columns.
-    const bool classicFirst = objective == Objective::Programme;
-    const std::optional<Result> first =
-        classicFirst ? byClassicMethod(lp, constant) : bySecondMethod(lp, constant);
-    if (first && first->optimal())
-        return *first;
-    const std::optional<Result> second =
-        classicFirst ? bySecondMethod(lp, constant) : byClassicMethod(lp, constant);
-    if (second && second->optimal())
-        return *second;
-    for (const std::optional<Result>* r : {&first, &second}) {
-        if (*r && (*r)->code == ClpSolve::kUnbounded)
-            return **r;
+ProgrammeProbe::Result ProgrammeProbe::solve(const BlendProblem& problem, const LinearProgramme& full,
+                                             const std::function<bool(UserLimit)>& inForce,
+                                             Objective objective, UserLimit limit)
+{
+    if (++mSolves > mBudget)
+        throw CutShort("the budget was spent");
+    double constant = 0.0;
+    const LinearProgramme lp = programme(problem, full, inForce, objective, limit, constant);
+    return settle(lp, constant, objective == Objective::Programme);
+}
+
+std::optional<std::vector<UserLimit>> ProgrammeProbe::yielding(const BlendProblem& problem,
+                                                               const LinearProgramme& full,
+                                                               const std::function<bool(UserLimit)>& hard,
+                                                               const std::vector<UserLimit>& elastic)
+{
+    if (++mSolves > mBudget)
+        throw CutShort("the budget was spent");
+    auto isElastic = [&elastic](UserLimit l) {
+        return std::find(elastic.begin(), elastic.end(), l) != elastic.end();
+    };
+    double constant = 0.0;
+    LinearProgramme lp = programme(
+        problem, full, [&](UserLimit l) { return hard(l) || isElastic(l); }, Objective::None, {}, constant);
+    // One column per way a row may give: below an upper row's bound, above a lower row's, either
+    // side of an equality; each tonne (or tonne-percent) given costs 1.
+    const int sources = lp.columns;
+    std::vector<UserLimit> given;
+    for (LinearProgramme::Row& row : lp.rowList) {
+        const std::optional<UserLimit> l = limitOfRow(row);
+        if (!l || hard(*l) || !isElastic(*l))
+            continue;
+        row.coefficients = row.dense(sources);
+        row.boundColumn = -1;
+        for (double sign : {1.0, -1.0}) {
+            if ((row.kind == ClpSolve::kAtMost && sign > 0) || (row.kind == ClpSolve::kAtLeast && sign < 0))
+                continue;
+            row.coefficients.resize(static_cast<std::size_t>(lp.columns) + 1, 0.0);
+            row.coefficients.back() = sign;
+            lp.objective.push_back(1.0);
+            given.push_back(*l);
+            ++lp.columns;
+        }
     }
-    if (!first || !second)
-        throw CutShort("a solve could not be settled by either method");
-    return *first;
+    lp.sense = -1;
+    padRows(lp);
+    const Result r = settle(lp, 0.0, false);
+    if (!r.feasible())
+        return std::nullopt;
+    std::vector<UserLimit> support;
+    for (std::size_t k = 0; k < given.size(); ++k) {
+        const double excess = r.x[static_cast<std::size_t>(sources) + k];
+        if (excess > kYieldTolerance && std::find(support.begin(), support.end(), given[k]) == support.end())
+            support.push_back(given[k]);
+    }
+    return support;
 }
 
 } // namespace kilnova

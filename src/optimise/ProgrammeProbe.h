@@ -97,6 +97,13 @@ public:
         return solve(problem, build(problem), inForce, objective, limit);
     }
 
+    /// The limits that give way in the cheapest blend where the limits `hard` hold and each of
+    /// `elastic` may give at a cost (its excess): none when the hard limits cannot hold together. A
+    /// limit neither hard nor elastic is out of force.
+    std::optional<std::vector<UserLimit>> yielding(const BlendProblem& problem, const LinearProgramme& full,
+                                                   const std::function<bool(UserLimit)>& hard,
+                                                   const std::vector<UserLimit>& elastic);
+
     /// The user's limit a row stands for, if any.
     static std::optional<UserLimit> limitOfRow(const LinearProgramme::Row& row);
     /// The limit's row in a programme, its coefficients over every source; an empty row if absent.
@@ -108,6 +115,12 @@ public:
     int solves() const { return mSolves; }
 
 private:
+    /// What is solved: the model's rows in force, rewritten as solve() says, with the objective
+    /// asked for; `constant` receives what the objective adds to the programme's.
+    static LinearProgramme programme(const BlendProblem& problem, const LinearProgramme& full,
+                                     const std::function<bool(UserLimit)>& inForce, Objective objective,
+                                     UserLimit limit, double& constant);
+
     const OptimizationModel& mModel;
     int mProgramme;
     int mBudget;
