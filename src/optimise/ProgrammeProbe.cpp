@@ -40,8 +40,9 @@ void countKinds(LinearProgramme& lp)
     }
 }
 
-/// ClpSolve sizes its tableau on the rows: it needs more rows than columns and lower rows together
-/// (a row with a negative right-hand side changes side). Empty upper rows make up the difference.
+/// ClpSolve sizes its working arrays on the rows, and they must hold the columns, a slack per row and
+/// an artificial per lower row (a row with a negative right-hand side changes side): empty upper rows
+/// make room where the rows left are few.
 void padRows(LinearProgramme& lp)
 {
     int lower = 0;
@@ -307,12 +308,6 @@ LinearProgramme::Row ProgrammeProbe::rowOf(const LinearProgramme& full, UserLimi
             Role::Unused, -1};
 }
 
-double ProgrammeProbe::excess(const LinearProgramme::Row& row, const std::vector<double>& x)
-{
-    const double side = row.kind == ClpSolve::kAtLeast ? -1.0 : 1.0;
-    return side * (product(row.dense(static_cast<int>(x.size())), x) - row.rhs);
-}
-
 LinearProgramme ProgrammeProbe::programme(const BlendProblem& problem, const LinearProgramme& full,
                                           const std::function<bool(UserLimit)>& inForce, Objective objective,
                                           UserLimit limit, double& constant)
@@ -414,6 +409,8 @@ ProgrammeProbe::Result ProgrammeProbe::solve(const BlendProblem& problem, const 
         throw CutShort("the budget was spent");
     double constant = 0.0;
     const LinearProgramme lp = programme(problem, full, inForce, objective, limit, constant);
+    // The optimisation's own objective goes to the classic method first, whose optimum the report
+    // gave; the explanation's other questions to the second, the faster on these programmes.
     return settle(lp, constant, objective == Objective::Programme);
 }
 

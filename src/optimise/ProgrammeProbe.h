@@ -40,24 +40,28 @@ struct UserLimit {
 };
 
 /// Solves variants of one problem's programme, for explaining its answer: with some of the user's
-/// limits out of force, with one limit moved, or with another objective. Every solve is ClpSolve's,
-/// and when it ends without an optimum the second method's, as the optimisation itself does it; each
-/// has a pivot bound and all of them together a budget, so that an explanation never runs for long.
+/// limits out of force, with one limit moved, or with another objective. Every solve asks one of the
+/// two methods, and the other too when the first ends without an optimum, as the optimisation does:
+/// no blend is declared only when neither finds one. Each has a pivot bound and all of them together
+/// a budget, so that an explanation never runs for long.
 ///
 /// The programme solved is the model's, less what binds nothing in either method: the rows x >= 0
 /// (every column is non-negative already), empty rows, and the rows out of force. A few empty rows
 /// stay where ClpSolve needs its rows to outnumber its columns.
 class ProgrammeProbe final {
 public:
-    /// Thrown when the budget is spent, a solve reaches its pivot bound, or neither method settles one.
+    /// Thrown when the budget is spent, or a solve cannot be settled: one method stopped without an
+    /// answer (at its pivot bound) and the other found no optimum.
     struct CutShort : std::runtime_error {
         using std::runtime_error::runtime_error;
     };
 
     enum class Objective {
-        None,            ///< feasibility only; the target row (Target mode) is left out
-        Programme,       ///< the programme's own objective, sense and target row
-        LimitExcess,     ///< the least excess of the limit's row (see excess), its row left out
+        None,      ///< feasibility only; the target row (Target mode) is left out
+        Programme, ///< the programme's own objective, sense and target row
+        /// The least excess of the limit's row, its row left out: a·x − rhs for an upper row, rhs − a·x
+        /// for a lower one (at most 0 where the row holds).
+        LimitExcess,
         MaximiseTonnage, ///< the tonnage row as the objective, its row left out
         MinimiseTonnage, ///< likewise, minimised
     };
@@ -108,10 +112,6 @@ public:
     static std::optional<UserLimit> limitOfRow(const LinearProgramme::Row& row);
     /// The limit's row in a programme, its coefficients over every source; an empty row if absent.
     static LinearProgramme::Row rowOf(const LinearProgramme& full, UserLimit limit);
-    /// How far `x` lies outside a one-sided row: a·x − rhs for an upper row, rhs − a·x for a lower
-    /// one; at most 0 where the row holds.
-    static double excess(const LinearProgramme::Row& row, const std::vector<double>& x);
-
     int solves() const { return mSolves; }
 
 private:
