@@ -1,5 +1,7 @@
 #include "optimise/Explainer.h"
 
+#include "GeneratedQuarry.h"
+
 #include "common/MessageTable.h"
 #include "solver/ClpSolve.h"
 
@@ -470,6 +472,59 @@ TEST(Explainer, ASubsetIsInfeasibleOnlyWhenTheSecondMethodAgrees)
         limit(r, SiO2, 0, maximum);
         EXPECT_EQ(solves(r), solved) << maximum;
     }
+}
+
+// A kind's row that follows the requested tonnage (as a clinker's coal heat does): all of the 500 t
+// from S0, which holds 100 t. With the tonnage left out the row follows the blend's own tonnage, so
+// the sources' tonnages alone do not conflict: the tonnage belongs to the set, lowered to 100 t.
+TEST(Explainer, ARowFollowingTheTonnageKeepsTheTonnageInTheConflict)
+{
+    OptimizationRequest r;
+    r.sources = {{"S0", 100, analysis({{Element::SiO2, 10}, {Element::CaO, 50}})},
+                 {"S1", 1000, analysis({{Element::SiO2, 20}, {Element::CaO, 40}})}};
+    r.element = CaO;
+    r.requestedTonnage = 500;
+    BlendProblem p = OptimizationModel::problemOf(r);
+    p.tonnageKindRows = {0};
+    p.kindRows = {{{1, 0}, 500, ClpSolve::kEqual}};
+    p.declaredRows.reset();
+    const OptimizationModel model;
+    const OptimizationOutcome outcome = model.run(p);
+    ASSERT_FALSE(outcome.solved);
+    const Explanation e = Explainer(model).explain(outcome, elementNames());
+    EXPECT_EQ(e.text(), "Why no blend was found\r\n\r\n"
+                        "These limits cannot hold together:\r\n"
+                        "  Requested tonnage 500.00 t: lower it to 100.00 t\r\n"
+                        "  Tonnages of the sources 1100.00 t: 400.00 t missing; the fullest blend takes "
+                        "all of S0\r\n"
+                        "Any one of these changes, every other limit kept, makes a blend possible.\r\n");
+}
+
+// Generated quarries whose SiO2 and LSF maxima conflict. At 200 blasts the classic method misses the
+// blends at the smallest maxima that hold and the second method finds them: each value proposed is
+// one at which the optimisation itself finds a blend, and a step short of it finds none.
+TEST(Explainer, NeededValuesOnGeneratedQuarriesAreWhereTheOptimisationFindsABlend)
+{
+    const OptimizationModel model;
+    bool secondMethodOnly = false;
+    for (int blasts : {20, 50, 200}) {
+        const BlendProblem p = GeneratedQuarry::conflicting(blasts);
+        const OptimizationOutcome outcome = model.run(p);
+        ASSERT_FALSE(outcome.solved) << blasts;
+        const Explanation e = Explainer(model).explain(outcome, elementNames());
+        ASSERT_EQ(e.conflict.size(), 2u) << blasts << "\n" << e.text().toStdString();
+        EXPECT_EQ(e.conflict[0].name, "SiO2 maximum");
+        EXPECT_EQ(e.conflict[1].name, "LSF maximum");
+        for (const ExplainedLimit& l : e.conflict) {
+            ASSERT_TRUE(l.needed) << blasts << ' ' << l.name.toStdString();
+            const OptimizationOutcome at = model.run(ProgrammeProbe::moved(p, l.limit, *l.needed));
+            EXPECT_TRUE(at.solved) << blasts << ' ' << l.name.toStdString() << ' ' << *l.needed;
+            secondMethodOnly = secondMethodOnly || at.method == OptimizationOutcome::Method::Second;
+            EXPECT_FALSE(model.run(ProgrammeProbe::moved(p, l.limit, *l.needed - 0.01)).solved)
+                << blasts << ' ' << l.name.toStdString() << ' ' << *l.needed;
+        }
+    }
+    EXPECT_TRUE(secondMethodOnly) << "no needed value here is one the classic method misses";
 }
 
 } // namespace
