@@ -151,7 +151,8 @@ struct BlendProblem {
     bool tonnageRow = true;
     /// Limits on the material the sources with a tonnage leave behind (the stockpiles of a crude).
     std::vector<ElementBound> remainderBounds;
-    /// The kind's own rows, after the tonnage row; their role is KindRow.
+    /// The kind's own rows, after the tonnage row; their role is KindRow (index: their number here)
+    /// unless the kind gives a user's limit its own role (TakenMaximum, TakenMinimum).
     std::vector<LinearProgramme::Row> kindRows;
     /// The kind rows whose right-hand side is the requested tonnage (a clinker's coal heat): they
     /// move with it when a change of the tonnage is weighed.

@@ -87,8 +87,11 @@ BlendProblem ClinkerModel::problem(const ClinkerRequest& r) const
             continue;
         std::vector<double> unit(n, 0.0);
         unit[limit.source] = 1.0;
-        p.kindRows.push_back({unit, limit.maximum, ClpSolve::kAtMost});
-        p.kindRows.push_back({unit, limit.minimum, ClpSolve::kAtLeast});
+        const int source = static_cast<int>(limit.source);
+        p.kindRows.push_back(
+            {unit, limit.maximum, ClpSolve::kAtMost, LinearProgramme::Role::TakenMaximum, source});
+        p.kindRows.push_back(
+            {unit, limit.minimum, ClpSolve::kAtLeast, LinearProgramme::Role::TakenMinimum, source});
         ++limits;
     }
     p.declaredRows = declaredRows(enabled, static_cast<int>(n), coal, r.mode == 0, limits);

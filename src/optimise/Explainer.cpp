@@ -18,6 +18,8 @@ constexpr double kGrid = 0.01;
 constexpr double kTonneGrid = 1.0;
 /// Iterations of the ratio's optimum; each ends closer and the last is exact, a handful suffice.
 constexpr int kRatioIterations = 30;
+/// Steps from the optimum to the grid value that holds and the one inwards that does not.
+constexpr int kGridSteps = 4;
 
 const UserLimit kTonnage{Kind::Tonnage, -1};
 /// All the sources' tonnages at once.
@@ -39,21 +41,35 @@ double magnitude(const std::vector<double>& a, const std::vector<double>& x)
     return sum;
 }
 
+QString sourceName(const BlendProblem& p, int index)
+{
+    return index >= 0 && static_cast<std::size_t>(index) < p.sources.size()
+               ? p.sources[static_cast<std::size_t>(index)].name
+               : QString::number(index);
+}
+
 QString nameOf(UserLimit l, const BlendProblem& p, const QStringList& names)
 {
+    const QString property =
+        l.index >= 0 && l.index < names.size() ? names[l.index] : QString::number(l.index);
     switch (l.kind) {
     case Kind::Maximum:
-    case Kind::Minimum: {
-        const QString property =
-            l.index >= 0 && l.index < names.size() ? names[l.index] : QString::number(l.index);
-        return property + (l.kind == Kind::Maximum ? QStringLiteral(" maximum") : QStringLiteral(" minimum"));
-    }
+        return property + QStringLiteral(" maximum");
+    case Kind::Minimum:
+        return property + QStringLiteral(" minimum");
+    case Kind::RemainderMaximum:
+        return property + QStringLiteral(" maximum of the material left");
+    case Kind::RemainderMinimum:
+        return property + QStringLiteral(" minimum of the material left");
     case Kind::Tonnage:
         return QStringLiteral("Requested tonnage");
     case Kind::SourceTonnage:
-        return l.index < 0
-                   ? QStringLiteral("Tonnages of the sources")
-                   : QStringLiteral("Tonnage of ") + p.sources[static_cast<std::size_t>(l.index)].name;
+        return l.index < 0 ? QStringLiteral("Tonnages of the sources")
+                           : QStringLiteral("Tonnage of ") + sourceName(p, l.index);
+    case Kind::TakenMaximum:
+        return QStringLiteral("Maximum tonnage of ") + sourceName(p, l.index);
+    case Kind::TakenMinimum:
+        return QStringLiteral("Minimum tonnage of ") + sourceName(p, l.index);
     }
     return {};
 }
@@ -80,27 +96,123 @@ bool tonnageWithheld(const BlendProblem& p, std::size_t j, const std::vector<dou
            x[j] >= *available - 1e-6 * std::max(1.0, *available);
 }
 
-/// The value on the grid (the step's size) nearest to `exact` on its relaxed side that the solver finds
-/// feasible, with the grid step inwards no longer feasible; nothing when four steps outwards are not enough.
+/// The value on the grid nearest to `exact` on the limit's loose side that the solver finds
+/// feasible, with the grid step inwards found infeasible; nothing when `steps` steps either way do
+/// not settle it.
 std::optional<double> onGrid(ProgrammeProbe& probe, const BlendProblem& p, UserLimit l, double exact,
-                             double outwards)
+                             int steps = kGridSteps)
 {
+    const double grid = l.inTonnes() ? kTonneGrid : kGrid;
+    const bool raises = l.kind == Kind::Tonnage ? exact > ProgrammeProbe::valueOf(p, l) : l.raises();
+    const double outwards = raises ? grid : -grid;
     auto feasibleAt = [&](double value) {
         return probe.solve(ProgrammeProbe::moved(p, l, value), everyLimit, Objective::None).feasible();
     };
-    const double grid = std::abs(outwards);
     const double scaled = exact / grid;
-    double value = (outwards > 0 ? std::ceil(scaled - 1e-6) : std::floor(scaled + 1e-6)) * grid;
-    int tries = 0;
-    while (!feasibleAt(value)) {
-        if (++tries > 4)
+    double value = (raises ? std::ceil(scaled - 1e-6) : std::floor(scaled + 1e-6)) * grid;
+    for (int tries = 0; !feasibleAt(value); ++tries) {
+        if (tries == steps)
             return std::nullopt;
         value += outwards;
     }
     // The solver's own tolerance may accept a step further in.
-    for (int i = 0; i < 2 && feasibleAt(value - outwards); ++i)
+    for (int tries = 0; feasibleAt(value - outwards); ++tries) {
+        if (tries == steps)
+            return std::nullopt;
         value -= outwards;
+    }
     return value;
+}
+
+/// What a one-sided limit of a conflict would need.
+struct Needed {
+    bool alone = true; ///< false: the other limits conflict even without it
+    std::optional<double> value;
+};
+
+/// The loosest value of the limit's quantity the other limits allow, on the grid. The quantity is a
+/// ratio of two affine sums over the blend, (a0·x − c0) / ((a0 − a1)·x − (c0 − c1)) with a_b·x ⋚ c_b
+/// the limit's row at bound b; its optimum by Dinkelbach's iteration, whose step at b is the least
+/// excess of the row at b. Started from the current value, the first step also says whether the
+/// other limits hold together at all.
+Needed neededValue(ProgrammeProbe& probe, const BlendProblem& p, UserLimit l)
+{
+    const LinearProgramme::Row row0 = ProgrammeProbe::rowOf(probe.build(ProgrammeProbe::moved(p, l, 0.0)), l);
+    const LinearProgramme::Row row1 = ProgrammeProbe::rowOf(probe.build(ProgrammeProbe::moved(p, l, 1.0)), l);
+    auto ratio = [&](const std::vector<double>& x) -> std::optional<double> {
+        const double numerator = dot(row0.coefficients, x) - row0.rhs;
+        const double denominator = numerator - (dot(row1.coefficients, x) - row1.rhs);
+        if (!(std::abs(denominator) >
+              1e-12 * std::max(1.0, magnitude(row0.coefficients, x) + std::abs(row0.rhs))))
+            return std::nullopt;
+        return numerator / denominator;
+    };
+    double b = ProgrammeProbe::valueOf(p, l);
+    for (int it = 0; it < kRatioIterations; ++it) {
+        const BlendProblem at = ProgrammeProbe::moved(p, l, b);
+        const ProgrammeProbe::Result r = probe.solve(at, allBut(l), Objective::LimitExcess, l);
+        if (it == 0 && !r.feasible())
+            return {false, std::nullopt};
+        const std::optional<double> next = r.optimal() ? ratio(r.x) : std::nullopt;
+        if (!next)
+            return {};
+        // The rows carry single-precision coefficients: the optimum is 0 to within their rounding.
+        const double tolerance = 1e-7 * std::max(1.0, magnitude(row0.coefficients, r.x) + std::abs(row0.rhs));
+        // From the second step on b is the value of a blend the other limits allow.
+        if (it > 0 &&
+            (r.objective >= -tolerance || std::abs(*next - b) <= 1e-12 * std::max(1.0, std::abs(b))))
+            return {true, onGrid(probe, p, l, b)};
+        b = *next;
+        // The first blend's value is often the optimum already: the grid then says so at once.
+        if (it == 0) {
+            if (const std::optional<double> value = onGrid(probe, p, l, b, 0))
+                return {true, value};
+        }
+    }
+    return {};
+}
+
+/// Narrows the candidates `in` marks to some that cannot hold together, by the elastic filter: the
+/// limits that give way in the cheapest blend breaking some are made to hold, until the ones made
+/// to hold conflict. The sources' tonnages hold from the start. All stay marked when it is not
+/// settled that way.
+void shortlist(ProgrammeProbe& probe, const BlendProblem& p, const LinearProgramme& full,
+               const std::vector<UserLimit>& candidates, std::vector<bool>& in)
+{
+    std::vector<bool> hard(candidates.size(), false);
+    for (std::size_t i = 0; i < candidates.size(); ++i)
+        hard[i] = candidates[i] == kSourceTonnages;
+    auto isHard = [&](UserLimit l) {
+        for (std::size_t i = 0; i < candidates.size(); ++i) {
+            if (hard[i] &&
+                (candidates[i] == l || (candidates[i] == kSourceTonnages && l.kind == Kind::SourceTonnage)))
+                return true;
+        }
+        return false;
+    };
+    for (;;) {
+        std::vector<UserLimit> elastic;
+        for (std::size_t i = 0; i < candidates.size(); ++i) {
+            if (!hard[i])
+                elastic.push_back(candidates[i]);
+        }
+        if (elastic.empty())
+            return;
+        const std::optional<std::vector<UserLimit>> given = probe.yielding(p, full, isHard, elastic);
+        if (!given) {
+            // The hard limits conflict in the programme as solved with them alone, unless the
+            // tonnage gave way: without it that programme is another one (rows follow the blend's
+            // tonnage, or a blend is scaled to it), which is asked.
+            const bool tonnageGave = std::find(elastic.begin(), elastic.end(), kTonnage) != elastic.end();
+            if (!tonnageGave || !probe.solve(p, full, isHard, Objective::None).feasible())
+                in = hard;
+            return;
+        }
+        if (given->empty())
+            return;
+        for (std::size_t i = 0; i < candidates.size(); ++i)
+            hard[i] = hard[i] || std::find(given->begin(), given->end(), candidates[i]) != given->end();
+    }
 }
 
 } // namespace
@@ -131,7 +243,7 @@ Explanation Explainer::explain(const OptimizationOutcome& outcome, const QString
         if (codes[0] == ClpSolve::kUnbounded || codes[1] == ClpSolve::kUnbounded)
             return unbounded(p, outcome, names);
         if (codes[0] == ClpSolve::kInfeasible || codes[1] == ClpSolve::kInfeasible)
-            return infeasible(p, names);
+            return infeasible(p, names, outcome.infeasibleByBoth);
         e.statement =
             codes[0] == ClpSolve::kPivotLimit || codes[1] == ClpSolve::kPivotLimit
                 ? QStringLiteral("The solver stopped at its pivot limit without an answer: there is "
@@ -147,11 +259,13 @@ Explanation Explainer::explain(const OptimizationOutcome& outcome, const QString
     return e;
 }
 
-Explanation Explainer::infeasible(const BlendProblem& p, const QStringList& names) const
+Explanation Explainer::infeasible(const BlendProblem& p, const QStringList& names, bool confirmed) const
 {
     Explanation e;
     ProgrammeProbe probe(mModel, 1, kSolveBudget);
-    if (probe.solve(p, everyLimit, Objective::None).feasible()) {
+    const LinearProgramme full = probe.build(p);
+    // Without the target row the programme holds a blend exactly when one of the two does.
+    if (!confirmed && probe.solve(p, full, everyLimit, Objective::None).feasible()) {
         e.statement =
             QStringLiteral("Solved again, every limit holds together: the answer \"infeasible\" could not "
                            "be confirmed, so it is not explained.");
@@ -160,7 +274,7 @@ Explanation Explainer::infeasible(const BlendProblem& p, const QStringList& name
     e.status = Explanation::Status::Infeasible;
     if (!probe
              .solve(
-                 p, [](UserLimit) { return false; }, Objective::None)
+                 p, full, [](UserLimit) { return false; }, Objective::None)
              .feasible()) {
         e.statement =
             QStringLiteral("Even without any of the limits set the sources cannot make a blend: the "
@@ -168,7 +282,6 @@ Explanation Explainer::infeasible(const BlendProblem& p, const QStringList& name
         return e;
     }
 
-    // Deletion filter: a limit whose removal leaves the rest infeasible is not needed for the conflict.
     std::vector<UserLimit> candidates;
     bool anySourceTonnage = false;
     for (const UserLimit& l : ProgrammeProbe::limitsOf(p)) {
@@ -188,9 +301,13 @@ Explanation Explainer::infeasible(const BlendProblem& p, const QStringList& name
         }
         return false;
     };
+    shortlist(probe, p, full, candidates, in);
+    // Deletion filter: a limit whose removal leaves the rest infeasible is not needed for the conflict.
     for (std::size_t i = 0; i < candidates.size(); ++i) {
+        if (!in[i])
+            continue;
         in[i] = false;
-        if (probe.solve(p, inSet, Objective::None).feasible())
+        if (probe.solve(p, full, inSet, Objective::None).feasible())
             in[i] = true;
     }
 
@@ -198,9 +315,10 @@ Explanation Explainer::infeasible(const BlendProblem& p, const QStringList& name
     std::optional<ProgrammeProbe::Result> fullest;
     auto fullestBlend = [&]() -> const ProgrammeProbe::Result& {
         if (!fullest)
-            fullest = probe.solve(p, allBut(kTonnage), Objective::MaximiseTonnage);
+            fullest = probe.solve(p, full, allBut(kTonnage), Objective::MaximiseTonnage);
         return *fullest;
     };
+    const QString notAlone = QStringLiteral("not enough alone: other limits conflict as well");
 
     for (std::size_t i = 0; i < candidates.size(); ++i) {
         if (!in[i])
@@ -224,56 +342,26 @@ Explanation Explainer::infeasible(const BlendProblem& p, const QStringList& name
             continue;
         }
         x.current = ProgrammeProbe::valueOf(p, l);
-        if (!probe.solve(p, allBut(l), Objective::None).feasible()) {
-            x.note = QStringLiteral("not enough alone: other limits conflict as well");
-            e.conflict.push_back(std::move(x));
-            continue;
-        }
         if (l == kTonnage) {
             const ProgrammeProbe::Result& f = fullestBlend();
-            if (f.optimal() && p.tonnage > f.objective) {
-                x.needed = onGrid(probe, p, l, f.objective, -kTonneGrid);
+            // No blend of a whole tonne at all: an empty blend is no answer.
+            if (!f.feasible() || (f.optimal() && f.objective < kTonneGrid)) {
+                x.note = notAlone;
+            } else if (f.optimal() && p.tonnage > f.objective) {
+                x.needed = onGrid(probe, p, l, f.objective);
             } else {
                 const ProgrammeProbe::Result least =
-                    probe.solve(p, allBut(kTonnage), Objective::MinimiseTonnage);
+                    probe.solve(p, full, allBut(kTonnage), Objective::MinimiseTonnage);
                 if (least.optimal() && p.tonnage < least.objective)
-                    x.needed = onGrid(probe, p, l, least.objective, kTonneGrid);
+                    x.needed = onGrid(probe, p, l, least.objective);
             }
         } else {
-            // The product's value of the property is a ratio of two sums over the blend, r0·x / (r0 − r1)·x
-            // with r(b) the limit's row at bound b; its optimum over the other limits by Dinkelbach.
-            const std::vector<double> r0 = probe.rowOf(ProgrammeProbe::moved(p, l, 0.0), l);
-            const std::vector<double> r1 = probe.rowOf(ProgrammeProbe::moved(p, l, 1.0), l);
-            auto ratio = [&](const std::vector<double>& blend) -> std::optional<double> {
-                const double numerator = dot(r0, blend);
-                const double denominator = numerator - dot(r1, blend);
-                if (!(std::abs(denominator) > 1e-12 * std::max(1.0, magnitude(r0, blend))))
-                    return std::nullopt;
-                return numerator / denominator;
-            };
-            const bool maximum = l.kind == Kind::Maximum;
-            std::optional<double> b = ratio(probe.solve(p, allBut(l), Objective::None).x);
-            bool settled = false;
-            for (int it = 0; b && it < kRatioIterations; ++it) {
-                const ProgrammeProbe::Result r =
-                    probe.solve(ProgrammeProbe::moved(p, l, *b), allBut(l),
-                                maximum ? Objective::MinimiseLimit : Objective::MaximiseLimit, l);
-                if (!r.optimal())
-                    break;
-                // The rows carry single-precision coefficients: the optimum is 0 to within their rounding.
-                const double tolerance = 1e-7 * std::max(1.0, magnitude(r0, r.x));
-                const std::optional<double> next = ratio(r.x);
-                if ((maximum ? r.objective >= -tolerance : r.objective <= tolerance) || !next ||
-                    std::abs(*next - *b) <= 1e-12 * std::max(1.0, std::abs(*b))) {
-                    settled = true;
-                    break;
-                }
-                b = next;
-            }
-            if (settled)
-                x.needed = onGrid(probe, p, l, *b, maximum ? kGrid : -kGrid);
+            const Needed needed = neededValue(probe, p, l);
+            x.needed = needed.value;
+            if (!needed.alone)
+                x.note = notAlone;
         }
-        if (!x.needed)
+        if (!x.needed && x.note.isEmpty())
             x.note = QStringLiteral("the value it would need cannot be worked out");
         e.conflict.push_back(std::move(x));
     }
@@ -289,40 +377,33 @@ Explanation Explainer::optimal(const BlendProblem& p, int programme, const QStri
         return e;
     }
     ProgrammeProbe probe(mModel, programme, kSolveBudget);
-    const ProgrammeProbe::Result base = probe.solve(p, everyLimit, Objective::Programme);
+    const LinearProgramme lp = probe.build(p);
+    const ProgrammeProbe::Result base = probe.solve(p, lp, everyLimit, Objective::Programme);
     if (!base.optimal()) {
         e.statement = QStringLiteral("Solved again, the blend has no optimum: nothing to explain.");
         return e;
     }
-    const LinearProgramme lp = mModel.build(p, programme);
     for (int i = 0; i < lp.rows; ++i) {
         const LinearProgramme::Row& row = lp.rowList[static_cast<std::size_t>(i)];
         const std::optional<UserLimit> l = ProgrammeProbe::limitOfRow(row);
         if (!l)
             continue;
-        bool active = false;
-        switch (l->kind) {
-        case Kind::Maximum:
-        case Kind::Minimum: {
-            const std::vector<double> a = row.dense(lp.columns);
-            active = std::abs(dot(a, base.x) - row.rhs) <= 1e-7 * magnitude(a, base.x) + 1e-9;
-            break;
-        }
-        case Kind::Tonnage:
-            active = true;
-            break;
-        case Kind::SourceTonnage:
+        bool active = true;
+        if (l->kind == Kind::SourceTonnage) {
             active = tonnageWithheld(p, static_cast<std::size_t>(l->index), base.x);
-            break;
+        } else if (l->kind != Kind::Tonnage) {
+            const std::vector<double> a = row.dense(lp.columns);
+            active = std::abs(dot(a, base.x) - row.rhs) <=
+                     1e-7 * (magnitude(a, base.x) + std::abs(row.rhs)) + 1e-9;
         }
         if (!active)
             continue;
         ExplainedLimit x{*l, nameOf(*l, p, names), ProgrammeProbe::valueOf(p, *l), {}, {}, 0.0, {}, {}};
-        const bool tonnes = l->kind == Kind::Tonnage || l->kind == Kind::SourceTonnage;
-        std::vector<double> steps = {tonnes ? 1.0 : (l->kind == Kind::Maximum ? kGrid : -kGrid)};
+        const double grid = l->inTonnes() ? kTonneGrid : kGrid;
+        std::vector<double> steps = {l->raises() || l->kind == Kind::Tonnage ? grid : -grid};
         // More of an equality may not be there: then the price of less.
         if (l->kind == Kind::Tonnage)
-            steps.push_back(-1.0);
+            steps.push_back(-grid);
         for (double step : steps) {
             const ProgrammeProbe::Result r =
                 probe.solve(ProgrammeProbe::moved(p, *l, x.current + step), everyLimit, Objective::Programme);

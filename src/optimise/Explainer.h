@@ -30,7 +30,9 @@ public:
     Explanation explain(const OptimizationOutcome& outcome, const QStringList& propertyNames) const;
 
 private:
-    Explanation infeasible(const BlendProblem& problem, const QStringList& names) const;
+    /// `confirmed`: both methods found the whole problem infeasible already; otherwise it is solved
+    /// again first.
+    Explanation infeasible(const BlendProblem& problem, const QStringList& names, bool confirmed) const;
     Explanation optimal(const BlendProblem& problem, int programme, const QStringList& names) const;
     static Explanation unbounded(const BlendProblem& problem, const OptimizationOutcome& outcome,
                                  const QStringList& names);

@@ -10,14 +10,9 @@ namespace kilnova {
 
 namespace {
 
-bool inTonnes(const UserLimit& limit)
-{
-    return limit.kind == UserLimit::Kind::Tonnage || limit.kind == UserLimit::Kind::SourceTonnage;
-}
-
 QString number(double value, const UserLimit& limit)
 {
-    return formatPrintf("%.2f", value) + (inTonnes(limit) ? QStringLiteral(" t") : QString());
+    return formatPrintf("%.2f", value) + (limit.inTonnes() ? QStringLiteral(" t") : QString());
 }
 
 QString kindName(UserLimit::Kind kind)
@@ -31,13 +26,21 @@ QString kindName(UserLimit::Kind kind)
         return QStringLiteral("tonnage");
     case UserLimit::Kind::SourceTonnage:
         return QStringLiteral("source tonnage");
+    case UserLimit::Kind::RemainderMaximum:
+        return QStringLiteral("remainder maximum");
+    case UserLimit::Kind::RemainderMinimum:
+        return QStringLiteral("remainder minimum");
+    case UserLimit::Kind::TakenMaximum:
+        return QStringLiteral("taken maximum");
+    case UserLimit::Kind::TakenMinimum:
+        return QStringLiteral("taken minimum");
     }
     return {};
 }
 
 QString perStep(const ExplainedLimit& l)
 {
-    if (inTonnes(l.limit))
+    if (l.limit.inTonnes())
         return l.step > 0 ? QStringLiteral("per 1 t more") : QStringLiteral("per 1 t less");
     return l.step > 0 ? QStringLiteral("per 0.01 higher") : QStringLiteral("per 0.01 lower");
 }

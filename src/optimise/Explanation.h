@@ -15,7 +15,9 @@ namespace kilnova {
 struct ExplainedLimit {
     /// The limit; a SourceTonnage with index -1 stands for the tonnages of all the sources together.
     UserLimit limit;
-    QString name; ///< "SiO2 maximum", "Requested tonnage", "Tonnage of Q0001", "Tonnages of the sources"
+    /// "SiO2 maximum", "SiO2 maximum of the material left", "Requested tonnage", "Tonnage of Q0001",
+    /// "Tonnages of the sources", "Maximum tonnage of Pile 3"
+    QString name;
     double current = 0.0;
     /// The value the limit would need, every other limit kept, for the blend to become possible.
     std::optional<double> needed;

@@ -21,6 +21,8 @@ struct LinearProgramme {
         RemainderMaximum, ///< index: the element, on what the sources leave behind
         RemainderMinimum, ///< index: the element, on what the sources leave behind
         KindRow,          ///< index: the kind's own row number, from 0
+        TakenMaximum,     ///< index: the source; a kind's limit on the tonnes taken from it
+        TakenMinimum,     ///< index: the source
         Unused,           ///< an empty row filling the declared count
     };
 

@@ -229,7 +229,10 @@ LinearProgramme OptimizationModel::build(const BlendProblem& p, int programme) c
     }
     for (std::size_t i = 0; i < p.kindRows.size(); ++i) {
         const LinearProgramme::Row& row = p.kindRows[i];
-        addRow(row.coefficients, row.rhs, row.kind, Role::KindRow, static_cast<int>(i));
+        if (row.role == Role::KindRow)
+            addRow(row.coefficients, row.rhs, row.kind, Role::KindRow, static_cast<int>(i));
+        else
+            addRow(row.coefficients, row.rhs, row.kind, row.role, row.index);
     }
 
     lp.rows = p.declaredRows.value_or(static_cast<int>(lp.rowList.size()));
@@ -324,12 +327,17 @@ void OptimizationModel::solveBySecondMethod(const BlendProblem& r, const LinearP
     BoundedSimplex second1, second2;
     if (!programme1.loadInto(second1) || !programme2.loadInto(second2))
         return;
-    const auto code = [](BoundedSimplex& s) {
-        return s.Solve() == BoundedSimplex::Status::Optimal ? ClpSolve::kOptimal : ClpSolve::kInfeasible;
+    int infeasible = 0;
+    const auto code = [&infeasible](BoundedSimplex& s) {
+        const BoundedSimplex::Status status = s.Solve();
+        infeasible += status == BoundedSimplex::Status::Infeasible;
+        return status == BoundedSimplex::Status::Optimal ? ClpSolve::kOptimal : ClpSolve::kInfeasible;
     };
     // Outside Target mode the two programmes are the same.
     const int code1 = code(second1);
     const int code2 = r.mode == 0 ? code(second2) : code1;
+    outcome.infeasibleByBoth = outcome.codes == std::array{ClpSolve::kInfeasible, ClpSolve::kInfeasible} &&
+                               infeasible == (r.mode == 0 ? 2 : 1);
     const int chosen =
         chooseProgramme(r.mode, r.target, code1, second1.objective(), code2, second2.objective());
     if (chosen == 0)

@@ -45,6 +45,9 @@ struct OptimizationOutcome {
     /// explanation of the outcome starts from. No problem when the run stopped before solving.
     std::shared_ptr<const BlendProblem> problem;
     std::array<int, 2> codes{};
+    /// Neither programme has a blend by either method: the classic one ended infeasible on both and
+    /// the second one, tried after it, found each infeasible too.
+    bool infeasibleByBoth = false;
 
     /// Tonnes below this are not taken at all.
     static constexpr double kSmallestTonnage = 0.005;

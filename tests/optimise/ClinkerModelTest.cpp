@@ -104,11 +104,13 @@ TEST(ClinkerModel, AdditivesHaveNoUpperRowAndStockpileLimitsComeLast)
     ASSERT_EQ(lp.rowList.size(), 11u);
     const std::vector<Role> roles = {Role::SourceMinimum, Role::SourceMaximum, Role::SourceMinimum,
                                      Role::SourceMinimum, Role::SourceMaximum, Role::Tonnage,
-                                     Role::KindRow,       Role::KindRow,       Role::KindRow,
+                                     Role::KindRow,       Role::TakenMaximum,  Role::TakenMinimum,
                                      Role::Unused,        Role::Unused};
     for (std::size_t i = 0; i < roles.size(); ++i)
         EXPECT_EQ(lp.rowList[i].role, roles[i]) << i;
     EXPECT_EQ(lp.rowList[2].index, 1) << "the sand's only row";
+    EXPECT_EQ(lp.rowList[7].index, 0) << "the limit's stockpile";
+    EXPECT_EQ(lp.rowList[8].index, 0);
     EXPECT_EQ(lp.rowList[7].coefficients, (std::vector<double>{1, 0, 0}));
     EXPECT_EQ(lp.rowList[7].rhs, 4500.0);
     EXPECT_EQ(lp.rowList[7].kind, ClpSolve::kAtMost);

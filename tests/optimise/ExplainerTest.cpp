@@ -1,5 +1,7 @@
 #include "optimise/Explainer.h"
 
+#include "GeneratedQuarry.h"
+
 #include "common/MessageTable.h"
 #include "solver/ClpSolve.h"
 
@@ -355,6 +357,174 @@ TEST(Explainer, ManyLimitsAndSourcesStayBounded)
     EXPECT_NEAR(e.conflict[0].needed.value_or(0), 13.64, 1e-9);
     EXPECT_EQ(e.conflict[1].name, "LSF minimum");
     EXPECT_NEAR(e.conflict[1].needed.value_or(0), 0.96, 1e-9);
+}
+
+/// S0 (SiO2 10, CaO 50) and S1 (SiO2 20, CaO 40), bought as needed, 100 t at SiO2 <= `maximum`,
+/// CaO maximised, with a kind's limits on the tonnes taken from one source.
+BlendProblem takenProblem(double maximum, std::vector<LinearProgramme::Row> taken)
+{
+    OptimizationRequest r;
+    r.sources = {{"S0", 0, analysis({{Element::SiO2, 10}, {Element::CaO, 50}})},
+                 {"S1", 0, analysis({{Element::SiO2, 20}, {Element::CaO, 40}})}};
+    r.element = CaO;
+    r.requestedTonnage = 100;
+    limit(r, SiO2, 0, maximum);
+    BlendProblem p = OptimizationModel::problemOf(r);
+    for (ModelSource& s : p.sources)
+        s.available.reset();
+    p.kindRows = std::move(taken);
+    p.declaredRows.reset();
+    return p;
+}
+
+LinearProgramme::Row takenRow(LinearProgramme::Role role, int source, double tonnes)
+{
+    std::vector<double> unit(2, 0.0);
+    unit[static_cast<std::size_t>(source)] = 1.0;
+    return {unit, tonnes,
+            role == LinearProgramme::Role::TakenMaximum ? ClpSolve::kAtMost : ClpSolve::kAtLeast, role,
+            source};
+}
+
+// SiO2 at most 13 over T t is S1 <= 0.3 T. At least 40 t of S1 wants SiO2 14 at 100 t, S1 at most 30 t,
+// or T >= 133.33. At most 50 t of S0 leaves 50 t of S1: SiO2 15, S0 at least 70 t, or T <= 71.43.
+TEST(Explainer, LimitsOnTheTonnesTakenAreNamedWithTheirNeededValues)
+{
+    using Role = LinearProgramme::Role;
+    struct Case {
+        const char* what;
+        LinearProgramme::Row taken;
+        std::vector<double> needed; ///< SiO2 maximum, requested tonnage, the limit on the tonnes taken
+        const char* line;
+    };
+    const std::vector<Case> cases = {
+        {"at least 40 t of S1",
+         takenRow(Role::TakenMinimum, 1, 40),
+         {14, 134, 30},
+         "  Minimum tonnage of S1 40.00 t: lower it to 30.00 t\r\n"},
+        {"at most 50 t of S0",
+         takenRow(Role::TakenMaximum, 0, 50),
+         {15, 71, 70},
+         "  Maximum tonnage of S0 50.00 t: raise it to 70.00 t\r\n"},
+    };
+    const OptimizationModel model;
+    for (const Case& c : cases) {
+        const BlendProblem p = takenProblem(13, {c.taken});
+        const OptimizationOutcome outcome = model.run(p);
+        ASSERT_FALSE(outcome.solved) << c.what;
+        const Explanation e = Explainer(model).explain(outcome, elementNames());
+        ASSERT_EQ(e.conflict.size(), 3u) << c.what << "\n" << e.text().toStdString();
+        EXPECT_TRUE(e.text().contains(c.line)) << c.what << "\n" << e.text().toStdString();
+        for (std::size_t i = 0; i < 3; ++i) {
+            const ExplainedLimit& l = e.conflict[i];
+            ASSERT_TRUE(l.needed) << c.what << ": " << l.name.toStdString();
+            EXPECT_NEAR(*l.needed, c.needed[i], 1e-9) << c.what << ": " << l.name.toStdString();
+            // Moved to its needed value the limit lets a blend through; a step short of it does not.
+            const double step = (l.limit.inTonnes() ? 1.0 : 0.01) * (*l.needed > l.current ? 1 : -1);
+            EXPECT_TRUE(model.run(ProgrammeProbe::moved(p, l.limit, *l.needed)).solved)
+                << c.what << ": " << l.name.toStdString();
+            EXPECT_FALSE(model.run(ProgrammeProbe::moved(p, l.limit, *l.needed - step)).solved)
+                << c.what << ": " << l.name.toStdString();
+        }
+    }
+
+    // Binding: 80 t of S0 at most; each tonne more of it replaces one of S1, 10 more CaO.
+    const OptimizationOutcome best = model.run(takenProblem(30, {takenRow(Role::TakenMaximum, 0, 80)}));
+    ASSERT_TRUE(best.solved);
+    const Explanation e = Explainer(model).explain(best, elementNames());
+    ASSERT_EQ(e.binding.size(), 2u) << e.text().toStdString();
+    EXPECT_EQ(e.binding[1].name, "Maximum tonnage of S0");
+    EXPECT_TRUE(e.text().contains("  Maximum tonnage of S0 80.00 t: objective +10.00 per 1 t more\r\n"))
+        << e.text().toStdString();
+}
+
+// 600 000.52 t of two blasts holding 300 000.3 t and 400 000 t: the classic method ends without an
+// optimum on such a blend and the second method finds it. At most 14 SiO2 cannot hold: at least
+// 300 000.22 t of the second blast give 14.9999993. Without the SiO2 limit the blend exists, found by
+// the second method only: the limit belongs to the conflict. The fullest blend at 14: all of Big 4
+// and 2/3 as much of Big 5, 500 000.5 t.
+TEST(Explainer, ASubsetIsInfeasibleOnlyWhenTheSecondMethodAgrees)
+{
+    OptimizationRequest r;
+    r.sources = {{"Big 4", 300000.3, analysis({{Element::SiO2, 10}, {Element::CaO, 50}})},
+                 {"Big 5", 400000, analysis({{Element::SiO2, 20}, {Element::CaO, 40}})}};
+    r.mode = -1;
+    r.element = CaO;
+    r.requestedTonnage = 600000.52;
+    const OptimizationModel model;
+    const OptimizationOutcome unlimited = model.run(r);
+    ASSERT_TRUE(unlimited.solved);
+    ASSERT_EQ(unlimited.method, OptimizationOutcome::Method::Second) << "the classic method finds it";
+
+    limit(r, SiO2, 0, 14);
+    const OptimizationOutcome outcome = model.run(r);
+    ASSERT_FALSE(outcome.solved);
+    const Explanation e = explain(outcome);
+    ASSERT_EQ(e.status, Explanation::Status::Infeasible) << e.statement.toStdString();
+    ASSERT_EQ(e.conflict.size(), 3u) << e.text().toStdString();
+    EXPECT_EQ(e.conflict[0].name, "SiO2 maximum");
+    EXPECT_NEAR(e.conflict[0].needed.value_or(0), 15.0, 1e-9);
+    EXPECT_EQ(e.conflict[1].name, "Requested tonnage");
+    EXPECT_NEAR(e.conflict[1].needed.value_or(0), 500000.0, 1e-9);
+    EXPECT_EQ(e.conflict[2].name, "Tonnages of the sources");
+    EXPECT_NEAR(e.missingTonnes.value_or(0), 100000.02, 1e-4);
+    for (auto [maximum, solved] : {std::pair{15.0, true}, std::pair{14.99, false}}) {
+        limit(r, SiO2, 0, maximum);
+        EXPECT_EQ(solves(r), solved) << maximum;
+    }
+}
+
+// A kind's row that follows the requested tonnage (as a clinker's coal heat does): all of the 500 t
+// from S0, which holds 100 t. With the tonnage left out the row follows the blend's own tonnage, so
+// the sources' tonnages alone do not conflict: the tonnage belongs to the set, lowered to 100 t.
+TEST(Explainer, ARowFollowingTheTonnageKeepsTheTonnageInTheConflict)
+{
+    OptimizationRequest r;
+    r.sources = {{"S0", 100, analysis({{Element::SiO2, 10}, {Element::CaO, 50}})},
+                 {"S1", 1000, analysis({{Element::SiO2, 20}, {Element::CaO, 40}})}};
+    r.element = CaO;
+    r.requestedTonnage = 500;
+    BlendProblem p = OptimizationModel::problemOf(r);
+    p.tonnageKindRows = {0};
+    p.kindRows = {{{1, 0}, 500, ClpSolve::kEqual}};
+    p.declaredRows.reset();
+    const OptimizationModel model;
+    const OptimizationOutcome outcome = model.run(p);
+    ASSERT_FALSE(outcome.solved);
+    const Explanation e = Explainer(model).explain(outcome, elementNames());
+    EXPECT_EQ(e.text(), "Why no blend was found\r\n\r\n"
+                        "These limits cannot hold together:\r\n"
+                        "  Requested tonnage 500.00 t: lower it to 100.00 t\r\n"
+                        "  Tonnages of the sources 1100.00 t: 400.00 t missing; the fullest blend takes "
+                        "all of S0\r\n"
+                        "Any one of these changes, every other limit kept, makes a blend possible.\r\n");
+}
+
+// Generated quarries whose SiO2 and LSF maxima conflict. At 200 blasts the classic method misses the
+// blends at the smallest maxima that hold and the second method finds them: each value proposed is
+// one at which the optimisation itself finds a blend, and a step short of it finds none.
+TEST(Explainer, NeededValuesOnGeneratedQuarriesAreWhereTheOptimisationFindsABlend)
+{
+    const OptimizationModel model;
+    bool secondMethodOnly = false;
+    for (int blasts : {20, 50, 200}) {
+        const BlendProblem p = GeneratedQuarry::conflicting(blasts);
+        const OptimizationOutcome outcome = model.run(p);
+        ASSERT_FALSE(outcome.solved) << blasts;
+        const Explanation e = Explainer(model).explain(outcome, elementNames());
+        ASSERT_EQ(e.conflict.size(), 2u) << blasts << "\n" << e.text().toStdString();
+        EXPECT_EQ(e.conflict[0].name, "SiO2 maximum");
+        EXPECT_EQ(e.conflict[1].name, "LSF maximum");
+        for (const ExplainedLimit& l : e.conflict) {
+            ASSERT_TRUE(l.needed) << blasts << ' ' << l.name.toStdString();
+            const OptimizationOutcome at = model.run(ProgrammeProbe::moved(p, l.limit, *l.needed));
+            EXPECT_TRUE(at.solved) << blasts << ' ' << l.name.toStdString() << ' ' << *l.needed;
+            secondMethodOnly = secondMethodOnly || at.method == OptimizationOutcome::Method::Second;
+            EXPECT_FALSE(model.run(ProgrammeProbe::moved(p, l.limit, *l.needed - 0.01)).solved)
+                << blasts << ' ' << l.name.toStdString() << ' ' << *l.needed;
+        }
+    }
+    EXPECT_TRUE(secondMethodOnly) << "no needed value here is one the classic method misses";
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "optimise/StockpileOptimization.h"
 #include "common/MessageTable.h"
 #include "database/RecordTable.h"
+#include "optimise/Explainer.h"
 #include "solver/ClpSolve.h"
 #include "support/ScriptedPrompt.h"
 #include "support/TempProject.h"
@@ -342,6 +343,53 @@ TEST_F(StockpileOptimizationTest, LeftConstraintsHaveTheListRulesButNoTargetRule
     EXPECT_EQ(o.leftConstraintTexts(), QStringList({"10.00 <= SiO2 <= 20.00"}));
     o.removeLeftConstraint(0);
     EXPECT_TRUE(o.leftConstraintTexts().isEmpty());
+}
+
+// With b t of Pile B in 100 t of crude (a + b = 100, 100 t left), the crude holds 10 + 0.1 b of SiO2
+// and what is left 20 - 0.1 b. At most 13 in the crude wants b <= 30, at most 16 left wants b >= 40.
+// Each needed value, every other limit kept: the crude at 14 (b = 40), what is left at 17 (b = 30).
+// Without its tonnage row the piles may stay whole (15 left), so the tonnage is part of the conflict:
+// b <= 0.3 T and -6 a + 4 b >= -200 (the row of the left maximum) meet up to T = 66.67 t.
+TEST_F(StockpileOptimizationTest, ExplainsAConflictOfTheCrudeWithWhatIsLeft)
+{
+    struct Limits {
+        double crudeMaximum = 13, leftMaximum = 16, tonnage = 100;
+    };
+    auto optimize = [this](Limits l) {
+        StockpileOptimization o = twoPiles();
+        o.setRequestedTonnage(l.tonnage);
+        EXPECT_FALSE(o.addConstraint(kSiO2, 0, l.crudeMaximum));
+        EXPECT_FALSE(o.addLeftConstraint(kSiO2, 0, l.leftMaximum));
+        return o.optimize();
+    };
+    const StockpileOptimization::Result r = optimize({});
+    ASSERT_FALSE(r.outcome.solved);
+    const OptimizationModel model;
+    const Explanation e = Explainer(model).explain(r.outcome, elementNames());
+    ASSERT_EQ(e.status, Explanation::Status::Infeasible) << e.statement.toStdString();
+    EXPECT_EQ(e.text(), "Why no blend was found\r\n\r\n"
+                        "These limits cannot hold together:\r\n"
+                        "  SiO2 maximum 13.00: raise it to 14.00\r\n"
+                        "  SiO2 maximum of the material left 16.00: raise it to 17.00\r\n"
+                        "  Requested tonnage 100.00 t: lower it to 66.00 t\r\n"
+                        "Any one of these changes, every other limit kept, makes a blend possible.\r\n");
+    ASSERT_EQ(e.conflict.size(), 3u);
+    EXPECT_EQ(e.conflict[1].limit, (UserLimit{UserLimit::Kind::RemainderMaximum, kSiO2}));
+    EXPECT_EQ(e.json()["conflict"][1]["kind"], "remainder maximum");
+
+    // The proposed value solves; a step short of it does not.
+    struct Case {
+        const char* what;
+        Limits limits;
+        bool solved;
+    };
+    const Case cases[] = {
+        {"crude at 14", {14, 16, 100}, true},  {"crude at 13.99", {13.99, 16, 100}, false},
+        {"left at 17", {13, 17, 100}, true},   {"left at 16.99", {13, 16.99, 100}, false},
+        {"66 t of crude", {13, 16, 66}, true}, {"67 t of crude", {13, 16, 67}, false},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(optimize(c.limits).outcome.solved, c.solved) << c.what;
 }
 
 } // namespace

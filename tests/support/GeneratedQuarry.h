@@ -1,5 +1,6 @@
 #pragma once
 
+#include "optimise/BlendProblem.h"
 #include "optimise/COptimizationParameters.h"
 
 #include <QStringList>
@@ -20,6 +21,11 @@ public:
     /// Settings that select every named blast and ask for `tonnage` tonnes at 12-16 SiO2, 2.5-5
     /// Al2O3, 1-3 Fe2O3 and at most 2.5 MgO, maximising CaO (mode 1) or targeting 42 CaO (mode 0).
     static COptimizationParameters parameters(const QStringList& names, double tonnage, int mode);
+
+    /// A blast problem of `blasts` generated blasts that has no blend: 2500 t a blast, CaO maximised,
+    /// ten limits (at most 12 SiO2, 0.7 LSF, 10 Al2O3, 5 Fe2O3 and 3 MgO, each at least 0), of which
+    /// low silica wants limestone and a low lime saturation wants clay.
+    static BlendProblem conflicting(int blasts);
 };
 
 } // namespace kilnova
