@@ -1,6 +1,7 @@
 #include "solver/ClpSolve.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -43,6 +44,7 @@ void ClpSolve::sizeWorkingArrays()
     mBinv.reset(mRows);
     mAlpha.reset(rowSide);
     mRowProduct.reset(mColumns + 1);
+    mColumnSum.reset(mColumns + 1);
     mPricing.reset(mLastNonBasicStart);
     mChangedRows.clear();
     mStale.clear();
@@ -89,6 +91,8 @@ int ClpSolve::Solve()
         computeAlpha(mEntering);
         mLeavingRow = ratioTest();
         if (mLeavingRow == 0)
+            return kUnbounded;
+        if (mStopOnRay && !(mAlpha[mLeavingRow] > 0.0))
             return kUnbounded;
         mSmallestPivot = std::min(mSmallestPivot, std::fabs(mAlpha[mLeavingRow]));
         const int leaving = mBasis[mLeavingRow];
@@ -237,17 +241,18 @@ int ClpSolve::logicalColumnOf(int row) const
     return 0;
 }
 
-double ClpSolve::reducedCost(int j) const
+double ClpSolve::reducedCost(int j, std::span<const double> dual) const
 {
     if (j <= mColumns) {
         // sum over i of dual[i] * A[i][j], in i order. Only the held coefficients count while every
         // price is finite; otherwise a zero coefficient meeting a price that is not finite counts.
+        // The rows held are 1..m, which `dual` covers (checked once by its caller).
         const auto rows = mA.columnRows(j);
         const auto values = mA.columnValues(j);
         double sum = 0.0;
         if (!mBinv.plain() || mNonFiniteRows.empty()) {
             for (std::size_t t = 0; t < rows.size(); ++t)
-                sum += mDual[rows[t]] * values[t];
+                sum += dual[static_cast<std::size_t>(rows[t])] * values[t];
         } else {
             std::size_t t = 0;
             std::size_t f = 0;
@@ -255,11 +260,11 @@ double ClpSolve::reducedCost(int j) const
                 const int held = t < rows.size() ? rows[t] : mRows + 1;
                 const int odd = f < mNonFiniteRows.size() ? mNonFiniteRows[f] : mRows + 1;
                 if (held <= odd) {
-                    sum += mDual[held] * values[t];
+                    sum += dual[static_cast<std::size_t>(held)] * values[t];
                     ++t;
                     f += held == odd;
                 } else {
-                    sum += mDual[odd] * 0.0;
+                    sum += dual[static_cast<std::size_t>(odd)] * 0.0;
                     ++f;
                 }
             }
@@ -273,6 +278,48 @@ double ClpSolve::reducedCost(int j) const
     return 0.0;
 }
 
+void ClpSolve::structuralReducedCosts(std::span<const int> columns, std::span<const double> dual)
+{
+    // Four columns at a time, each summed in its own row order as reducedCost() does: the same
+    // sums, whose additions overlap instead of each waiting on the one before.
+    constexpr std::size_t kLanes = 4;
+    std::array<int, kLanes> lane{};
+    std::size_t filled = 0;
+    auto flush = [&] {
+        std::array<std::span<const int>, kLanes> rows;
+        std::array<std::span<const double>, kLanes> values;
+        std::array<double, kLanes> sum{};
+        std::size_t shortest = std::numeric_limits<std::size_t>::max();
+        for (std::size_t l = 0; l < filled; ++l) {
+            rows[l] = mA.columnRows(lane[l]);
+            values[l] = mA.columnValues(lane[l]);
+            shortest = std::min(shortest, rows[l].size());
+        }
+        std::size_t t = 0;
+        if (filled == kLanes) {
+            for (; t < shortest; ++t) {
+                for (std::size_t l = 0; l < kLanes; ++l)
+                    sum[l] += dual[static_cast<std::size_t>(rows[l][t])] * values[l][t];
+            }
+        }
+        for (std::size_t l = 0; l < filled; ++l) {
+            double s = sum[l];
+            for (std::size_t u = t; u < rows[l].size(); ++u)
+                s += dual[static_cast<std::size_t>(rows[l][u])] * values[l][u];
+            mReduced[lane[l]] = s - mCost[lane[l]];
+        }
+        filled = 0;
+    };
+    for (const int j : columns) {
+        if (j > mColumns)
+            continue;
+        lane[filled++] = j;
+        if (filled == kLanes)
+            flush();
+    }
+    flush();
+}
+
 void ClpSolve::priceColumns()
 {
     mNonFiniteRows.clear();
@@ -281,9 +328,30 @@ void ClpSolve::priceColumns()
             if (!isFinite(mDual[i]))
                 mNonFiniteRows.push_back(i);
     }
+    const auto dual = mDual.range(0, mRows);
+    // While every price counts only where a coefficient is held, the structural sums are gathered
+    // row by row: each column still adds its terms in increasing row order, the same sum, but the
+    // columns' additions no longer wait on one another.
+    const bool byRow = !mBinv.plain() || mNonFiniteRows.empty();
+    const auto sums = mColumnSum.range(0, mColumns);
+    if (byRow) {
+        // While the inverse is not plain every value is finite, and a zero price adds only zeros.
+        const bool skipZeros = !mBinv.plain();
+        std::fill(sums.begin(), sums.end(), 0.0);
+        for (int i = 1; i <= mRows; ++i) {
+            const double d = dual[static_cast<std::size_t>(i)];
+            if (skipZeros && d == 0.0)
+                continue;
+            const auto columns = mA.rowColumns(i);
+            const auto values = mA.rowValues(i);
+            for (std::size_t t = 0; t < columns.size(); ++t)
+                sums[static_cast<std::size_t>(columns[t])] += d * values[t];
+        }
+    }
     for (int k = 1; k <= mLastNonBasicStart; ++k) {
         const int j = mNonBasic[k];
-        mReduced[j] = reducedCost(j);
+        mReduced[j] =
+            byRow && j <= mColumns ? sums[static_cast<std::size_t>(j)] - mCost[j] : reducedCost(j, dual);
         mPricing.setLeaf(k, mReduced[j], mColumnState[j] != kArtificialOut);
     }
     mPricing.rebuild();
@@ -357,8 +425,12 @@ void ClpSolve::repriceAfterPivot(int row, std::span<const int> changedPositions,
             markStale(j);
         markStale(logicalColumnOf(i));
     }
+    const auto dual = mDual.range(0, mRows);
+    // Here the inverse is not plain, so only the held coefficients count.
+    structuralReducedCosts(mStale, dual);
     for (const int j : mStale) {
-        mReduced[j] = reducedCost(j);
+        if (j > mColumns)
+            mReduced[j] = reducedCost(j, dual);
         mPricing.set(mPosition[j], mReduced[j], mColumnState[j] != kArtificialOut);
     }
     choose();

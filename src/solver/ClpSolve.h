@@ -110,6 +110,12 @@ public:
     /// The smallest |alpha| the ratio test pivoted on in the last Solve (1e30 when none). The test
     /// has no pivot tolerance, so a value at rounding-noise level means the result is not reliable.
     double smallestPivot() const { return mSmallestPivot; }
+    /// A ratio test without a positive alpha still takes a row by the method's comparisons, and
+    /// steps 1e30 along what is a ray: what follows is no optimum (values near 1e30, or pivots
+    /// that circle until the limit). With stopOnRay Solve returns kUnbounded there instead; off,
+    /// the method goes on as it always has.
+    bool stopOnRay() const { return mStopOnRay; }
+    void setStopOnRay(bool on) { mStopOnRay = on; }
 
 private:
     void resetCounts();
@@ -122,8 +128,10 @@ private:
     void computeCosts();
     void gatherBasicCost(int row);
     void computePrices();
-    /// The reduced cost of a non-basic column from the current prices.
-    double reducedCost(int column) const;
+    /// The reduced cost of a non-basic column from the current prices (`dual`, rows 0..m).
+    double reducedCost(int column, std::span<const double> dual) const;
+    /// The reduced costs of the structural columns among `columns`, while the inverse is not plain.
+    void structuralReducedCosts(std::span<const int> columns, std::span<const double> dual);
     /// Every reduced cost again, then the choice.
     void priceColumns();
     void priceAll();
@@ -178,7 +186,8 @@ private:
     std::vector<int> mChangedRows;   // the rows whose price the last pivot changed
     std::vector<int> mNonFiniteRows; // rows whose price is not finite (plain pricing only)
     CheckedArray<double> mReduced;
-    CheckedArray<int> mStaleMark; // the iteration a column was last marked for repricing
+    CheckedArray<double> mColumnSum; // per structural column, its prices times its coefficients
+    CheckedArray<int> mStaleMark;    // the iteration a column was last marked for repricing
     std::vector<int> mStale;
     PricingTree mPricing;
     SparseVector mAlpha;
@@ -199,6 +208,7 @@ private:
     int mEnteringPosition = 0;
     int mLeavingRow = 0;
     double mSmallestPivot = 1e30;
+    bool mStopOnRay = false;
 };
 
 } // namespace kilnova

@@ -68,6 +68,22 @@ void DenseInverse::reset(int rows)
     mLargest = 0.0;
 }
 
+void DenseInverse::clear()
+{
+    // Without sizing anything to one row: a solver releases an inverse it never used.
+    mRows = 0;
+    mValues.clear();
+    mRowPattern.clear();
+    mColumnPattern.clear();
+    mWork.clear();
+    mEta.clear();
+    mPivotEntries.clear();
+    mColumn.clear();
+    mProduct.clear();
+    mPlain = false;
+    mLargest = 0.0;
+}
+
 void DenseInverse::assignPlain(int rows, const std::vector<std::pair<std::pair<int, int>, double>>& entries)
 {
     reset(rows);

@@ -166,16 +166,19 @@ void SimplexCore::computePrices(bool phase1)
     }
 }
 
-double SimplexCore::columnTimes(const std::vector<double>& y, int j) const
+void SimplexCore::columnsTimesPrices()
 {
-    if (j >= mP.columns)
-        return y[static_cast<std::size_t>(j - mP.columns)];
-    double sum = 0.0;
-    const auto u = static_cast<std::size_t>(j);
-    for (int t = mP.start[u]; t < mP.start[u + 1]; ++t)
-        sum += y[static_cast<std::size_t>(mP.index[static_cast<std::size_t>(t)])] *
-               mP.value[static_cast<std::size_t>(t)];
-    return sum;
+    // Row by row, so that the columns' sums do not wait on one another; a zero price adds only
+    // zeros (every coefficient is finite) and is passed over.
+    std::fill(mColumnTimesY.begin(), mColumnTimesY.end(), 0.0);
+    for (int g = 0; g < mM; ++g) {
+        const double y = mY[static_cast<std::size_t>(g)];
+        if (y == 0.0)
+            continue;
+        const auto last = static_cast<std::size_t>(mRowStart[static_cast<std::size_t>(g) + 1]);
+        for (auto t = static_cast<std::size_t>(mRowStart[static_cast<std::size_t>(g)]); t < last; ++t)
+            mColumnTimesY[static_cast<std::size_t>(mRowColumn[t])] += y * mRowValue[t];
+    }
 }
 
 void SimplexCore::computeAlpha(int j)
@@ -197,8 +200,9 @@ void SimplexCore::computeAlpha(int j)
     }
 }
 
-int SimplexCore::price(bool phase1, int& direction) const
+int SimplexCore::price(bool phase1, int& direction)
 {
+    columnsTimesPrices();
     int entering = -1;
     double best = 0.0;
     for (int j = 0; j < mN; ++j) {
@@ -206,7 +210,8 @@ int SimplexCore::price(bool phase1, int& direction) const
         if (mState[u] == kBasic || isFixed(j))
             continue;
         const double c = !phase1 && j < mP.columns ? mP.cost[u] : 0.0;
-        const double d = c - columnTimes(mY, j);
+        const double d =
+            c - (j < mP.columns ? mColumnTimesY[u] : mY[static_cast<std::size_t>(j - mP.columns)]);
         int dir = 0;
         if (d < -kDualTolerance && mX[u] < mP.upper[u])
             dir = 1;
@@ -350,6 +355,25 @@ SimplexCore::Result SimplexCore::run(int iterationLimit)
     mX.assign(static_cast<std::size_t>(mN), 0.0);
     mY.assign(m, 0.0);
     mAlpha.assign(m, 0.0);
+    // A counting sort of the column walk by row keeps each row's columns ascending.
+    const auto columns = static_cast<std::size_t>(mP.columns);
+    mRowStart.assign(m + 1, 0);
+    for (const int g : mP.index)
+        ++mRowStart[static_cast<std::size_t>(g) + 1];
+    for (std::size_t g = 1; g <= m; ++g)
+        mRowStart[g] += mRowStart[g - 1];
+    mRowColumn.assign(mP.index.size(), 0);
+    mRowValue.assign(mP.index.size(), 0.0);
+    std::vector<int> next(mRowStart.begin(), mRowStart.end() - 1);
+    for (std::size_t j = 0; j < columns; ++j) {
+        for (auto t = static_cast<std::size_t>(mP.start[j]); t < static_cast<std::size_t>(mP.start[j + 1]);
+             ++t) {
+            const auto slot = static_cast<std::size_t>(next[static_cast<std::size_t>(mP.index[t])]++);
+            mRowColumn[slot] = static_cast<int>(j);
+            mRowValue[slot] = mP.value[t];
+        }
+    }
+    mColumnTimesY.assign(columns, 0.0);
     for (int j = 0; j < mP.columns; ++j) {
         const auto u = static_cast<std::size_t>(j);
         // Every column has a finite lower bound (x >= 0 at least).

@@ -52,10 +52,11 @@ private:
     void refactor();
     void computeBasics();
     void computePrices(bool phase1);
-    double columnTimes(const std::vector<double>& y, int j) const;
+    /// Every column's product with the prices, into mColumnTimesY.
+    void columnsTimesPrices();
     void computeAlpha(int j);
     /// The entering variable and its direction (+1 up, -1 down), or -1.
-    int price(bool phase1, int& direction) const;
+    int price(bool phase1, int& direction);
     Step ratioTest(int entering, int direction, bool phase1) const;
     void pivot(int entering, int direction, const Step& step);
 
@@ -68,6 +69,11 @@ private:
     std::vector<double> mInverse; // row-major m x m
     std::vector<double> mY;
     std::vector<double> mAlpha;
+    // A by rows (each row's columns ascending), for pricing every column in one pass.
+    std::vector<int> mRowStart;
+    std::vector<int> mRowColumn;
+    std::vector<double> mRowValue;
+    std::vector<double> mColumnTimesY;
     int mIterations = 0;
     bool mBland = false;
 };
