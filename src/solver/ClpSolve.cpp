@@ -43,7 +43,6 @@ void ClpSolve::sizeWorkingArrays()
     mNonBasic.reset(mLastNonBasicStart + 1);
     mBinv.reset(mRows);
     mAlpha.reset(rowSide);
-    mRowProduct.reset(mColumns + 1);
     mColumnSum.reset(mColumns + 1);
     mPricing.reset(mLastNonBasicStart);
     mChangedRows.clear();
@@ -117,11 +116,12 @@ int ClpSolve::Solve()
 void ClpSolve::normaliseSigns()
 {
     CheckedArray<std::uint8_t> flipped;
-    flipped.reset(mRows + 1);
     bool any = false;
     for (int i = 1; i <= mRows; ++i) {
         if (!(mRhs[i] < 0.0))
             continue;
+        if (!any)
+            flipped.reset(mRows + 1);
         if (mKind[i] == kAtMost) {
             mKind[i] = kAtLeast;
             ++mCountAtLeast;
@@ -532,7 +532,9 @@ int ClpSolve::firstPivotFor(int row)
         return 0;
     }
     // Row `row` of the inverse times every structural column at once: for each column the terms
-    // arrive in increasing k, as in its own product.
+    // arrive in increasing k, as in its own product. Sized here, where a phase 1 ends.
+    if (mRowProduct.size() != mColumns + 1)
+        mRowProduct.reset(mColumns + 1);
     mBinv.rowEntries(row, mInverseRow);
     mRowProduct.clear();
     for (const auto& [k, b] : mInverseRow) {

@@ -1,7 +1,9 @@
 #include "solver/SimplexCore.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 
 namespace kilnova {
 
@@ -170,7 +172,7 @@ void SimplexCore::columnsTimesPrices()
 {
     // Row by row, so that the columns' sums do not wait on one another; a zero price adds only
     // zeros (every coefficient is finite) and is passed over.
-    std::fill(mColumnTimesY.begin(), mColumnTimesY.end(), 0.0);
+    std::fill(mColumnTimesY.begin(), mColumnTimesY.begin() + mP.columns, 0.0);
     for (int g = 0; g < mM; ++g) {
         const double y = mY[static_cast<std::size_t>(g)];
         if (y == 0.0)
@@ -179,6 +181,9 @@ void SimplexCore::columnsTimesPrices()
         for (auto t = static_cast<std::size_t>(mRowStart[static_cast<std::size_t>(g)]); t < last; ++t)
             mColumnTimesY[static_cast<std::size_t>(mRowColumn[t])] += y * mRowValue[t];
     }
+    // A slack's column is the unit vector of its row.
+    for (int g = 0; g < mM; ++g)
+        mColumnTimesY[static_cast<std::size_t>(mP.columns + g)] = mY[static_cast<std::size_t>(g)];
 }
 
 void SimplexCore::computeAlpha(int j)
@@ -203,47 +208,57 @@ void SimplexCore::computeAlpha(int j)
 int SimplexCore::price(bool phase1, int& direction)
 {
     columnsTimesPrices();
+    // Which way each variable may move, worked out without a branch per variable: the signs of
+    // the reduced costs follow no pattern a branch predictor could learn.
+    auto way = [&](int j) {
+        const auto u = static_cast<std::size_t>(j);
+        const double c = !phase1 && j < mP.columns ? mP.cost[u] : 0.0;
+        const double d = c - mColumnTimesY[u];
+        const bool free = (mState[u] != kBasic) & (mP.lower[u] != mP.upper[u]);
+        const bool up = free & (d < -kDualTolerance) & (mX[u] < mP.upper[u]);
+        const bool down = free & (d > kDualTolerance) & (mX[u] > mP.lower[u]);
+        return std::pair<double, int>{std::fabs(d), up ? 1 : (down ? -1 : 0)};
+    };
+    if (mBland) {
+        for (int j = 0; j < mN; ++j) {
+            if (const auto [size, dir] = way(j); dir != 0) {
+                direction = dir;
+                return j;
+            }
+        }
+        return -1;
+    }
+    // The largest |d| among the variables that may move, the first of equals; the direction only
+    // for the one chosen.
     int entering = -1;
     double best = 0.0;
     for (int j = 0; j < mN; ++j) {
         const auto u = static_cast<std::size_t>(j);
-        if (mState[u] == kBasic || isFixed(j))
-            continue;
         const double c = !phase1 && j < mP.columns ? mP.cost[u] : 0.0;
-        const double d =
-            c - (j < mP.columns ? mColumnTimesY[u] : mY[static_cast<std::size_t>(j - mP.columns)]);
-        int dir = 0;
-        if (d < -kDualTolerance && mX[u] < mP.upper[u])
-            dir = 1;
-        else if (d > kDualTolerance && mX[u] > mP.lower[u])
-            dir = -1;
-        if (dir == 0)
-            continue;
-        if (mBland) {
-            direction = dir;
-            return j;
-        }
-        if (std::fabs(d) > best) {
-            best = std::fabs(d);
+        const double d = c - mColumnTimesY[u];
+        const bool free = (mState[u] != kBasic) & (mP.lower[u] != mP.upper[u]);
+        const bool moves = free & (((d < -kDualTolerance) & (mX[u] < mP.upper[u])) |
+                                   ((d > kDualTolerance) & (mX[u] > mP.lower[u])));
+        const std::uint64_t keep = std::uint64_t{0} - static_cast<std::uint64_t>(moves);
+        const double score = std::bit_cast<double>(std::bit_cast<std::uint64_t>(std::fabs(d)) & keep);
+        if (score > best) {
+            best = score;
             entering = j;
-            direction = dir;
         }
     }
+    if (entering >= 0)
+        direction = way(entering).second;
     return entering;
 }
 
-SimplexCore::Step SimplexCore::ratioTest(int entering, int direction, bool phase1) const
+SimplexCore::Step SimplexCore::ratioTest(int entering, int direction, bool phase1)
 {
     // Basic i moves at rate -direction * alpha[i] per unit step. Pass 1 finds the longest step that
     // keeps every basic within its bounds widened by the tolerance; pass 2 takes, among the rows
     // that block within it, the one with the largest |alpha|.
-    struct Limit {
-        double exact = 0.0;
-        double relaxed = 0.0;
-        bool toUpper = false;
-    };
-    std::vector<Limit> limits(static_cast<std::size_t>(mM));
-    std::vector<bool> blocks(static_cast<std::size_t>(mM), false);
+    std::vector<Limit>& limits = mLimits;
+    std::vector<char>& blocks = mBlocks;
+    std::fill(blocks.begin(), blocks.end(), 0);
     double thetaMax = kInfinity;
     for (int i = 0; i < mM; ++i) {
         const auto ui = static_cast<std::size_t>(i);
@@ -281,7 +296,7 @@ SimplexCore::Step SimplexCore::ratioTest(int entering, int direction, bool phase
             limit.toUpper = true;
         }
         limits[ui] = limit;
-        blocks[ui] = true;
+        blocks[ui] = 1;
         thetaMax = std::min(thetaMax, limit.relaxed);
     }
     Step step;
@@ -299,7 +314,7 @@ SimplexCore::Step SimplexCore::ratioTest(int entering, int direction, bool phase
     double largest = 0.0;
     for (int i = 0; i < mM; ++i) {
         const auto ui = static_cast<std::size_t>(i);
-        if (!blocks[ui] || limits[ui].exact > thetaMax)
+        if (blocks[ui] == 0 || limits[ui].exact > thetaMax)
             continue;
         const double a = std::fabs(mAlpha[ui]);
         const bool better =
@@ -355,6 +370,8 @@ SimplexCore::Result SimplexCore::run(int iterationLimit)
     mX.assign(static_cast<std::size_t>(mN), 0.0);
     mY.assign(m, 0.0);
     mAlpha.assign(m, 0.0);
+    mLimits.assign(m, Limit{});
+    mBlocks.assign(m, 0);
     // A counting sort of the column walk by row keeps each row's columns ascending.
     const auto columns = static_cast<std::size_t>(mP.columns);
     mRowStart.assign(m + 1, 0);
@@ -373,7 +390,7 @@ SimplexCore::Result SimplexCore::run(int iterationLimit)
             mRowValue[slot] = mP.value[t];
         }
     }
-    mColumnTimesY.assign(columns, 0.0);
+    mColumnTimesY.assign(static_cast<std::size_t>(mN), 0.0);
     for (int j = 0; j < mP.columns; ++j) {
         const auto u = static_cast<std::size_t>(j);
         // Every column has a finite lower bound (x >= 0 at least).

@@ -36,6 +36,12 @@ public:
 
 private:
     enum State : unsigned char { kBasic, kAtLower, kAtUpper };
+    /// How far a basic variable may go before it meets a bound, exactly and within the tolerance.
+    struct Limit {
+        double exact = 0.0;
+        double relaxed = 0.0;
+        bool toUpper = false;
+    };
     struct Step {
         bool unbounded = false;
         bool flip = false;    // the entering variable only moves to its other bound
@@ -57,7 +63,7 @@ private:
     void computeAlpha(int j);
     /// The entering variable and its direction (+1 up, -1 down), or -1.
     int price(bool phase1, int& direction);
-    Step ratioTest(int entering, int direction, bool phase1) const;
+    Step ratioTest(int entering, int direction, bool phase1);
     void pivot(int entering, int direction, const Step& step);
 
     const Problem& mP;
@@ -74,6 +80,8 @@ private:
     std::vector<int> mRowColumn;
     std::vector<double> mRowValue;
     std::vector<double> mColumnTimesY;
+    std::vector<Limit> mLimits; // the ratio test's, per row
+    std::vector<char> mBlocks;
     int mIterations = 0;
     bool mBland = false;
 };
