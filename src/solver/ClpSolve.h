@@ -6,7 +6,9 @@
 #include "solver/PricingTree.h"
 #include "solver/SparseVector.h"
 
+#include <cmath>
 #include <cstddef>
+#include <limits>
 #include <span>
 #include <string>
 #include <vector>
@@ -118,6 +120,13 @@ public:
     void setStopOnRay(bool on) { mStopOnRay = on; }
 
 private:
+    // Column states.
+    static constexpr int kBasic = 1;
+    static constexpr int kNonBasic = 2;
+    static constexpr int kArtificialOut = 3; // an artificial that left the basis; never priced again
+
+    static bool isFinite(double v) { return std::fabs(v) <= std::numeric_limits<double>::max(); }
+
     void resetCounts();
     void releaseArrays();
     void sizeWorkingArrays();
@@ -132,6 +141,16 @@ private:
     double reducedCost(int column, std::span<const double> dual) const;
     /// The reduced costs of the structural columns among `columns`, while the inverse is not plain.
     void structuralReducedCosts(std::span<const int> columns, std::span<const double> dual);
+    /// The reduced cost of a slack, surplus or artificial column (j > n), whose cost is `cost`.
+    double logicalReducedCost(int j, std::span<const double> dual, double cost) const
+    {
+        // A surplus column stands for its at-least row, a slack for its at-most row.
+        if (j <= mLastNonBasicStart)
+            return -dual[static_cast<std::size_t>(mCountAtMost + mCountEqual + (j - mColumns))] - cost;
+        if (j <= mLastRealColumn)
+            return dual[static_cast<std::size_t>(j - mColumns - mCountAtLeast)] - cost;
+        return 0.0;
+    }
     /// Every reduced cost again, then the choice.
     void priceColumns();
     void priceAll();
