@@ -170,6 +170,12 @@ void SimplexCore::computePrices(bool phase1)
 
 void SimplexCore::columnsTimesPrices()
 {
+    // A step that only moved a variable to its other bound leaves the prices as they were, and
+    // with them every product.
+    if (mProductsValid && mPricedY == mY)
+        return;
+    mPricedY = mY;
+    mProductsValid = true;
     // Row by row, so that the columns' sums do not wait on one another; a zero price adds only
     // zeros (every coefficient is finite) and is passed over.
     std::fill(mColumnTimesY.begin(), mColumnTimesY.begin() + mP.columns, 0.0);
@@ -391,6 +397,7 @@ SimplexCore::Result SimplexCore::run(int iterationLimit)
         }
     }
     mColumnTimesY.assign(static_cast<std::size_t>(mN), 0.0);
+    mProductsValid = false;
     for (int j = 0; j < mP.columns; ++j) {
         const auto u = static_cast<std::size_t>(j);
         // Every column has a finite lower bound (x >= 0 at least).

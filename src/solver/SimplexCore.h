@@ -80,6 +80,8 @@ private:
     std::vector<int> mRowColumn;
     std::vector<double> mRowValue;
     std::vector<double> mColumnTimesY;
+    std::vector<double> mPricedY; // the prices mColumnTimesY was worked out from
+    bool mProductsValid = false;
     std::vector<Limit> mLimits; // the ratio test's, per row
     std::vector<char> mBlocks;
     int mIterations = 0;
