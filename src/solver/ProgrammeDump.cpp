@@ -64,23 +64,29 @@ public:
     /// Formatted text, copied into the buffer.
     void text(const char* data, std::size_t size)
     {
-        if (mText.size() + size > kTextCapacity)
+        // Room first: a flush empties the buffer, which must not hold text a piece still lists.
+        if (mText.size() + size > kTextCapacity || (!mLastIsText && mPieces.size() == kPieces))
             flush();
         const char* at = mText.data() + mText.size();
         mText.append(data, size);
-        if (!mPieces.empty() &&
-            static_cast<const char*>(mPieces.back().iov_base) + mPieces.back().iov_len == at)
-            mPieces.back().iov_len += size;
-        else
-            piece(at, size);
+        if (mLastIsText) {
+            mPieces.back().iov_len += size; // text right after text is one piece
+        } else {
+            mPieces.push_back({const_cast<char*>(at), size});
+            mLastIsText = true;
+        }
     }
     void text(const std::string& t) { text(t.data(), t.size()); }
+
     void zeros(const ZeroRuns& runs, std::size_t count, bool negativeZero)
     {
         const std::string& run = negativeZero ? runs.negative : runs.positive;
         while (count > 0) {
             const std::size_t take = count < ZeroRuns::kFields ? count : ZeroRuns::kFields;
-            piece(run.data(), take * kFieldWidth);
+            if (mPieces.size() == kPieces)
+                flush();
+            mPieces.push_back({const_cast<char*>(run.data()), take * kFieldWidth});
+            mLastIsText = false;
             count -= take;
         }
     }
@@ -107,6 +113,7 @@ public:
         }
         mPieces.clear();
         mText.clear();
+        mLastIsText = false;
     }
 
     std::uint64_t written() const { return mWritten; }
@@ -115,15 +122,9 @@ private:
     static constexpr std::size_t kTextCapacity = std::size_t{1} << 18;
     static constexpr std::size_t kPieces = 1024; // the most one writev takes (IOV_MAX)
 
-    void piece(const char* data, std::size_t size)
-    {
-        if (mPieces.size() == kPieces)
-            flush();
-        mPieces.push_back({const_cast<char*>(data), size});
-    }
-
     int mFd;
     bool mFailed = false;
+    bool mLastIsText = false; // the last piece is the end of mText
     std::uint64_t mWritten = 0;
     std::string mText;
     std::vector<iovec> mPieces;
