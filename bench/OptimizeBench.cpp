@@ -12,6 +12,8 @@
 
 #include "chemistry/ChemistryFunctions.h"
 #include "database/ProjectDatabase.h"
+#include "database/RecordTable.h"
+#include "database/Transaction.h"
 #include "optimise/BlastOptimization.h"
 #include "optimise/ClinkerOptimization.h"
 #include "project/ProjectFile.h"

@@ -84,6 +84,7 @@ double solveWithKilnova(const PreparedProblem& p)
     {
         ClpSolve classic;
         load(p, classic);
+        classic.setStopOnRay(true); // as the optimisations solve
         if (classic.Solve() == ClpSolve::kOptimal) {
             for (int j = 1; j <= p.columns; ++j) {
                 double value = 0.0;

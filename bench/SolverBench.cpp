@@ -51,6 +51,7 @@ double classicAlone(const PreparedProblem& p)
         solver.SetConstraint(i + 1, p.rhs[static_cast<std::size_t>(i)], p.kinds[static_cast<std::size_t>(i)]);
     for (int j = 0; j < p.columns; ++j)
         solver.SetObjectiveCoefficient(j + 1, p.objective[static_cast<std::size_t>(j)]);
+    solver.setStopOnRay(true);
     return solver.Solve() == ClpSolve::kOptimal ? solver.GetObjectiveValue() : std::nan("");
 }
 

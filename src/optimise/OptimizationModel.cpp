@@ -288,6 +288,10 @@ OptimizationOutcome OptimizationModel::run(const BlendProblem& r,
     int code1 = 0, code2 = 0;
     bool stopped = false;
     try {
+        // What follows a step along a ray is no blend: the programme is unbounded (a source that
+        // makes negative product tonnes, say).
+        lp1.setStopOnRay(true);
+        lp2.setStopOnRay(true);
         code1 = lp1.Solve();
         code2 = lp2.Solve();
         outcome.codes = {code1, code2};

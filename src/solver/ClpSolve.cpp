@@ -9,22 +9,12 @@ namespace kilnova {
 
 namespace {
 
-// Column states.
-constexpr int kBasic = 1;
-constexpr int kNonBasic = 2;
-constexpr int kArtificialOut = 3; // an artificial that left the basis; never priced again
-
 // Phase 1 may end with this much left in the artificials (in the units of the right-hand sides).
 constexpr double kFeasibilityThreshold = 0.03;
 
 // The float start value is slightly above the double 1e30; the ratio test depends on it.
 constexpr float kHuge = 1e30f;
 constexpr double kNoRatio = 1e30;
-
-bool isFinite(double v)
-{
-    return std::fabs(v) <= std::numeric_limits<double>::max();
-}
 
 } // namespace
 
@@ -42,7 +32,7 @@ void ClpSolve::sizeWorkingArrays()
     mNonBasic.reset(mLastNonBasicStart + 1);
     mBinv.reset(mRows);
     mAlpha.reset(rowSide);
-    mRowProduct.reset(mColumns + 1);
+    mColumnSum.reset(mColumns + 1);
     mPricing.reset(mLastNonBasicStart);
     mChangedRows.clear();
     mStale.clear();
@@ -90,6 +80,8 @@ int ClpSolve::Solve()
         mLeavingRow = ratioTest();
         if (mLeavingRow == 0)
             return kUnbounded;
+        if (mStopOnRay && !(mAlpha[mLeavingRow] > 0.0))
+            return kUnbounded;
         mSmallestPivot = std::min(mSmallestPivot, std::fabs(mAlpha[mLeavingRow]));
         const int leaving = mBasis[mLeavingRow];
         changeBasis(mLeavingRow, mEntering, mEnteringPosition);
@@ -113,11 +105,12 @@ int ClpSolve::Solve()
 void ClpSolve::normaliseSigns()
 {
     CheckedArray<std::uint8_t> flipped;
-    flipped.reset(mRows + 1);
     bool any = false;
     for (int i = 1; i <= mRows; ++i) {
         if (!(mRhs[i] < 0.0))
             continue;
+        if (!any)
+            flipped.reset(mRows + 1);
         if (mKind[i] == kAtMost) {
             mKind[i] = kAtLeast;
             ++mCountAtLeast;
@@ -207,161 +200,6 @@ void ClpSolve::computeCosts()
     for (int i = 1; i <= mRows; ++i)
         z += mCost[mBasis[i]] * mXB[i];
     mObjective = static_cast<float>(z);
-}
-
-void ClpSolve::gatherBasicCost(int row)
-{
-    mBasicCost[row] = mCost[mBasis[row]];
-}
-
-void ClpSolve::computePrices()
-{
-    // dual[i] = sum over k of cost[basis[k]] * Binv[k][i], in k order.
-    for (int k = 1; k <= mRows; ++k)
-        gatherBasicCost(k);
-    const auto dual = mDual.range(0, mRows);
-    mBinv.leftMultiply(mBasicCost.range(0, mRows), dual);
-    bool finite = true;
-    for (int i = 1; i <= mRows; ++i)
-        finite = finite && isFinite(dual[static_cast<std::size_t>(i)]);
-    if (!finite)
-        mBinv.usePlainLoops();
-}
-
-int ClpSolve::logicalColumnOf(int row) const
-{
-    if (row <= mCountAtMost)
-        return mColumns + mCountAtLeast + row;
-    if (row > mCountAtMost + mCountEqual)
-        return mColumns + (row - mCountAtMost - mCountEqual);
-    return 0;
-}
-
-double ClpSolve::reducedCost(int j) const
-{
-    if (j <= mColumns) {
-        // sum over i of dual[i] * A[i][j], in i order. Only the held coefficients count while every
-        // price is finite; otherwise a zero coefficient meeting a price that is not finite counts.
-        const auto rows = mA.columnRows(j);
-        const auto values = mA.columnValues(j);
-        double sum = 0.0;
-        if (!mBinv.plain() || mNonFiniteRows.empty()) {
-            for (std::size_t t = 0; t < rows.size(); ++t)
-                sum += mDual[rows[t]] * values[t];
-        } else {
-            std::size_t t = 0;
-            std::size_t f = 0;
-            while (t < rows.size() || f < mNonFiniteRows.size()) {
-                const int held = t < rows.size() ? rows[t] : mRows + 1;
-                const int odd = f < mNonFiniteRows.size() ? mNonFiniteRows[f] : mRows + 1;
-                if (held <= odd) {
-                    sum += mDual[held] * values[t];
-                    ++t;
-                    f += held == odd;
-                } else {
-                    sum += mDual[odd] * 0.0;
-                    ++f;
-                }
-            }
-        }
-        return sum - mCost[j];
-    }
-    if (j <= mLastNonBasicStart)
-        return -mDual[mCountAtMost + mCountEqual + (j - mColumns)] - mCost[j];
-    if (j <= mLastRealColumn)
-        return mDual[j - mColumns - mCountAtLeast] - mCost[j];
-    return 0.0;
-}
-
-void ClpSolve::priceColumns()
-{
-    mNonFiniteRows.clear();
-    if (mBinv.plain()) {
-        for (int i = 1; i <= mRows; ++i)
-            if (!isFinite(mDual[i]))
-                mNonFiniteRows.push_back(i);
-    }
-    for (int k = 1; k <= mLastNonBasicStart; ++k) {
-        const int j = mNonBasic[k];
-        mReduced[j] = reducedCost(j);
-        mPricing.setLeaf(k, mReduced[j], mColumnState[j] != kArtificialOut);
-    }
-    mPricing.rebuild();
-    choose();
-}
-
-void ClpSolve::choose()
-{
-    const PricingTree::Choice c = mPricing.choose();
-    mMinReduced = c.minimum;
-    mEnteringPosition = c.position;
-    mEntering = c.position == 0 ? 0 : mNonBasic[c.position];
-}
-
-void ClpSolve::priceAll()
-{
-    computePrices();
-    priceColumns();
-}
-
-void ClpSolve::markStale(int column)
-{
-    if (column < 1 || mPosition[column] == 0 || mStaleMark[column] == mIterations)
-        return;
-    mStaleMark[column] = mIterations;
-    mStale.push_back(column);
-}
-
-void ClpSolve::repriceAfterPivot(int row, std::span<const int> changedPositions, int leaving)
-{
-    // A pivot on row r changes the inverse only in the positions where row r was non-zero, and the
-    // weights only in row r, whose entry elsewhere stays zero: every other price keeps its sum
-    // term for term, and so does every reduced cost that meets no changed price.
-    gatherBasicCost(row);
-    if (mBinv.plain()) {
-        priceAll();
-        return;
-    }
-    const auto fresh = mFreshDual.range(0, mRows);
-    mBinv.leftMultiplyAt(changedPositions, mBasicCost.range(0, mRows), fresh);
-    mChangedRows.clear();
-    bool finite = true;
-    for (std::size_t c = 0; c < changedPositions.size(); ++c) {
-        const int i = changedPositions[c];
-        const double v = fresh[c];
-        if (v == mDual[i])
-            continue;
-        mDual[i] = v;
-        mChangedRows.push_back(i);
-        finite = finite && isFinite(v);
-    }
-    if (!finite) {
-        mBinv.usePlainLoops();
-        priceColumns();
-        return;
-    }
-    // When the changed prices meet a good share of the columns (a dense row's price changed),
-    // one pass over every column is cheaper than picking them out; an unchanged sum of the same
-    // terms comes out the same.
-    std::size_t met = 0;
-    for (const int i : mChangedRows)
-        met += mA.rowColumns(i).size() + 1;
-    if (4 * met > static_cast<std::size_t>(mLastNonBasicStart)) {
-        priceColumns();
-        return;
-    }
-    mStale.clear();
-    markStale(leaving);
-    for (const int i : mChangedRows) {
-        for (const int j : mA.rowColumns(i))
-            markStale(j);
-        markStale(logicalColumnOf(i));
-    }
-    for (const int j : mStale) {
-        mReduced[j] = reducedCost(j);
-        mPricing.set(mPosition[j], mReduced[j], mColumnState[j] != kArtificialOut);
-    }
-    choose();
 }
 
 void ClpSolve::computeAlpha(int column)
@@ -460,7 +298,9 @@ int ClpSolve::firstPivotFor(int row)
         return 0;
     }
     // Row `row` of the inverse times every structural column at once: for each column the terms
-    // arrive in increasing k, as in its own product.
+    // arrive in increasing k, as in its own product. Sized here, where a phase 1 ends.
+    if (mRowProduct.size() != mColumns + 1)
+        mRowProduct.reset(mColumns + 1);
     mBinv.rowEntries(row, mInverseRow);
     mRowProduct.clear();
     for (const auto& [k, b] : mInverseRow) {

@@ -6,7 +6,9 @@
 #include "solver/PricingTree.h"
 #include "solver/SparseVector.h"
 
+#include <cmath>
 #include <cstddef>
+#include <limits>
 #include <span>
 #include <string>
 #include <vector>
@@ -110,8 +112,21 @@ public:
     /// The smallest |alpha| the ratio test pivoted on in the last Solve (1e30 when none). The test
     /// has no pivot tolerance, so a value at rounding-noise level means the result is not reliable.
     double smallestPivot() const { return mSmallestPivot; }
+    /// A ratio test without a positive alpha still takes a row by the method's comparisons, and
+    /// steps 1e30 along what is a ray: what follows is no optimum (values near 1e30, or pivots
+    /// that circle until the limit). With stopOnRay Solve returns kUnbounded there instead; off,
+    /// the method goes on as it always has.
+    bool stopOnRay() const { return mStopOnRay; }
+    void setStopOnRay(bool on) { mStopOnRay = on; }
 
 private:
+    // Column states.
+    static constexpr int kBasic = 1;
+    static constexpr int kNonBasic = 2;
+    static constexpr int kArtificialOut = 3; // an artificial that left the basis; never priced again
+
+    static bool isFinite(double v) { return std::fabs(v) <= std::numeric_limits<double>::max(); }
+
     void resetCounts();
     void releaseArrays();
     void sizeWorkingArrays();
@@ -122,8 +137,20 @@ private:
     void computeCosts();
     void gatherBasicCost(int row);
     void computePrices();
-    /// The reduced cost of a non-basic column from the current prices.
-    double reducedCost(int column) const;
+    /// The reduced cost of a non-basic column from the current prices (`dual`, rows 0..m).
+    double reducedCost(int column, std::span<const double> dual) const;
+    /// The reduced costs of the structural columns among `columns`, while the inverse is not plain.
+    void structuralReducedCosts(std::span<const int> columns, std::span<const double> dual);
+    /// The reduced cost of a slack, surplus or artificial column (j > n), whose cost is `cost`.
+    double logicalReducedCost(int j, std::span<const double> dual, double cost) const
+    {
+        // A surplus column stands for its at-least row, a slack for its at-most row.
+        if (j <= mLastNonBasicStart)
+            return -dual[static_cast<std::size_t>(mCountAtMost + mCountEqual + (j - mColumns))] - cost;
+        if (j <= mLastRealColumn)
+            return dual[static_cast<std::size_t>(j - mColumns - mCountAtLeast)] - cost;
+        return 0.0;
+    }
     /// Every reduced cost again, then the choice.
     void priceColumns();
     void priceAll();
@@ -178,7 +205,8 @@ private:
     std::vector<int> mChangedRows;   // the rows whose price the last pivot changed
     std::vector<int> mNonFiniteRows; // rows whose price is not finite (plain pricing only)
     CheckedArray<double> mReduced;
-    CheckedArray<int> mStaleMark; // the iteration a column was last marked for repricing
+    CheckedArray<double> mColumnSum; // per structural column, its prices times its coefficients
+    CheckedArray<int> mStaleMark;    // the iteration a column was last marked for repricing
     std::vector<int> mStale;
     PricingTree mPricing;
     SparseVector mAlpha;
@@ -199,6 +227,7 @@ private:
     int mEnteringPosition = 0;
     int mLeavingRow = 0;
     double mSmallestPivot = 1e30;
+    bool mStopOnRay = false;
 };
 
 } // namespace kilnova

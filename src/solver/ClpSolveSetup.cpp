@@ -24,8 +24,8 @@ void ClpSolve::releaseArrays()
 {
     mA.reset(0, 0);
     mBinv.clear();
-    for (CheckedArray<double>* a :
-         {&mRhs, &mXB, &mDual, &mFreshDual, &mBasicCost, &mObjectiveCoefficient, &mCost, &mReduced})
+    for (CheckedArray<double>* a : {&mRhs, &mXB, &mDual, &mFreshDual, &mBasicCost, &mObjectiveCoefficient,
+                                    &mCost, &mReduced, &mColumnSum})
         a->clear();
     for (CheckedArray<int>* a :
          {&mKind, &mBasis, &mBasicRow, &mNonBasic, &mPosition, &mColumnState, &mStaleMark})

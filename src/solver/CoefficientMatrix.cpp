@@ -33,6 +33,9 @@ void CoefficientMatrix::reset(int rows, int columns)
 void CoefficientMatrix::set(int row, int column, double value)
 {
     auto& entries = mEntries[static_cast<std::size_t>(column)];
+    // A blend's column holds a few dozen entries: room for them at once saves growing it by steps.
+    if (entries.capacity() == 0)
+        entries.reserve(static_cast<std::size_t>(std::min(mRows, kFirstCapacity)));
     // The usual caller fills row after row: the entry then goes last.
     auto at = entries.end();
     if (!entries.empty() && entries.back().row >= row)
@@ -109,6 +112,11 @@ void CoefficientMatrix::compress()
 {
     mColumnRows.clear();
     mColumnValues.clear();
+    std::size_t held = 0;
+    for (const auto& column : mEntries)
+        held += column.size();
+    mColumnRows.reserve(held);
+    mColumnValues.reserve(held);
     for (int j = 1; j <= mColumns; ++j) {
         mColumnStart[j] = static_cast<int>(mColumnRows.size());
         for (const Entry& e : mEntries[static_cast<std::size_t>(j)]) {

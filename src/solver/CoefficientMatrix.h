@@ -59,6 +59,8 @@ private:
         return {data.data() + first, static_cast<std::size_t>(last - first)};
     }
 
+    static constexpr int kFirstCapacity = 32;
+
     int mRows = 0;
     int mColumns = 0;
     std::vector<std::vector<Entry>> mEntries; // by column, ascending rows

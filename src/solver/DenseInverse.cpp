@@ -68,6 +68,22 @@ void DenseInverse::reset(int rows)
     mLargest = 0.0;
 }
 
+void DenseInverse::clear()
+{
+    // Without sizing anything to one row: a solver releases an inverse it never used.
+    mRows = 0;
+    mValues.clear();
+    mRowPattern.clear();
+    mColumnPattern.clear();
+    mWork.clear();
+    mEta.clear();
+    mPivotEntries.clear();
+    mColumn.clear();
+    mProduct.clear();
+    mPlain = false;
+    mLargest = 0.0;
+}
+
 void DenseInverse::assignPlain(int rows, const std::vector<std::pair<std::pair<int, int>, double>>& entries)
 {
     reset(rows);
@@ -435,9 +451,7 @@ void DenseInverse::multiplyUnit(int r, double sign, SparseVector& out)
 void DenseInverse::list(std::span<const double> product, SparseVector& out) const
 {
     checkCovers(static_cast<std::size_t>(out.size()), static_cast<std::size_t>(width()));
-    out.clear();
-    forEachSet(mWork.rowWords(3).data(), mWork.wordsPerRow(),
-               [&](std::size_t i) { out.set(static_cast<int>(i), product[i]); });
+    out.assignPattern(mWork.rowWords(3), product);
 }
 
 double DenseInverse::rowTimes(int row, std::span<const int> rows, std::span<const double> values)

@@ -19,7 +19,8 @@ namespace kilnova {
 class DenseInverse final {
 public:
     void reset(int rows);
-    void clear() { reset(0); }
+    /// Releases the storage; reset() sizes it again.
+    void clear();
     void setIdentity();
     /// The inverse from a list of entries (row, position, value), to go on in plain loops.
     void assignPlain(int rows, const std::vector<std::pair<std::pair<int, int>, double>>& entries);

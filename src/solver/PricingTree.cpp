@@ -35,6 +35,8 @@ void PricingTree::set(int position, double reduced, bool eligible)
         throwIndexOutOfRange("pricing position", position, mSize + 1);
     auto node = static_cast<std::size_t>(mLeaves + position - 1);
     mNodes[node] = eligible && !std::isnan(reduced) ? reduced : kNever;
+    if (walks())
+        return;
     // Up the tree while the subtree minimum changes: above that nothing does.
     for (node /= 2; node >= 1; node /= 2) {
         const double m = smaller(mNodes[2 * node], mNodes[2 * node + 1]);
@@ -44,16 +46,10 @@ void PricingTree::set(int position, double reduced, bool eligible)
     }
 }
 
-void PricingTree::setLeaf(int position, double reduced, bool eligible)
-{
-    if (position < 1 || position > mSize) [[unlikely]]
-        throwIndexOutOfRange("pricing position", position, mSize + 1);
-    mNodes[static_cast<std::size_t>(mLeaves + position - 1)] =
-        eligible && !std::isnan(reduced) ? reduced : kNever;
-}
-
 void PricingTree::rebuild()
 {
+    if (walks())
+        return;
     for (auto node = static_cast<std::size_t>(mLeaves) - 1; node >= 1; --node)
         mNodes[node] = smaller(mNodes[2 * node], mNodes[2 * node + 1]);
 }
@@ -61,6 +57,17 @@ void PricingTree::rebuild()
 PricingTree::Choice PricingTree::choose() const
 {
     Choice choice;
+    if (walks()) {
+        // The walk itself; a leaf that cannot be taken holds infinity, which is below nothing.
+        const double* leaf = mNodes.data() + mLeaves - 1;
+        for (int p = 1; p <= mSize; ++p) {
+            if (leaf[p] < choice.minimum) {
+                choice.minimum = static_cast<float>(leaf[p]);
+                choice.position = p;
+            }
+        }
+        return choice;
+    }
     const double smallest = mNodes[1];
     if (mSize == 0 || !(smallest < static_cast<double>(kStart)))
         return choice;

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "solver/CheckedArray.h"
+
+#include <cmath>
+#include <limits>
 #include <vector>
 
 namespace kilnova {
@@ -26,7 +30,13 @@ public:
     void setIneligible(int position) { set(position, 0.0, false); }
     /// A position's reduced cost without bringing the tree up to date: many changes at once are
     /// cheaper followed by one rebuild().
-    void setLeaf(int position, double reduced, bool eligible = true);
+    void setLeaf(int position, double reduced, bool eligible = true)
+    {
+        if (position < 1 || position > mSize) [[unlikely]]
+            throwIndexOutOfRange("pricing position", position, mSize + 1);
+        mNodes[static_cast<std::size_t>(mLeaves + position - 1)] =
+            eligible && !std::isnan(reduced) ? reduced : std::numeric_limits<double>::infinity();
+    }
     void rebuild();
 
     struct Choice {
@@ -35,7 +45,12 @@ public:
     };
     Choice choose() const;
 
+    /// Up to this many positions the walk itself is cheaper than keeping the tree: choose() walks.
+    static constexpr int kWalkSize = 32;
+
 private:
+    bool walks() const { return mSize <= kWalkSize; }
+
     int mSize = 0;
     int mLeaves = 1;            // a power of two
     std::vector<double> mNodes; // 1-based heap order; leaf p at mLeaves + p - 1

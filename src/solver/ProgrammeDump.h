@@ -14,10 +14,11 @@ class CoefficientMatrix;
 /// objective coefficient "%10.2lf" on its own line.
 ///
 /// A dump is m x n fields, most of them zeros: numbers are formatted by std::to_chars (correctly
-/// rounded, as printf is), runs of zeros are copied whole, and the file is written in large
-/// blocks. A dump that would pass `limit` bytes stops after the last whole row that fits, with a
-/// closing note giving its full size: at thousands of sources the whole text would run to
-/// gigabytes, take longer to write than the optimisation takes, and be of no use to a reader.
+/// rounded, as printf is), and the text goes to the file as a list of pieces, runs of zeros taken
+/// from one prepared run, so that it is copied only once, into the file. A dump that would pass `limit` bytes
+/// stops after the last whole row that fits, with a closing note giving its full size: at thousands of
+/// sources the whole text would run to gigabytes, take longer to write than the optimisation takes, and be of
+/// no use to a reader.
 class ProgrammeDump final {
 public:
     /// The limit used by the optimisations.

@@ -1,7 +1,9 @@
 #include "solver/SimplexCore.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 
 namespace kilnova {
 
@@ -166,16 +168,28 @@ void SimplexCore::computePrices(bool phase1)
     }
 }
 
-double SimplexCore::columnTimes(const std::vector<double>& y, int j) const
+void SimplexCore::columnsTimesPrices()
 {
-    if (j >= mP.columns)
-        return y[static_cast<std::size_t>(j - mP.columns)];
-    double sum = 0.0;
-    const auto u = static_cast<std::size_t>(j);
-    for (int t = mP.start[u]; t < mP.start[u + 1]; ++t)
-        sum += y[static_cast<std::size_t>(mP.index[static_cast<std::size_t>(t)])] *
-               mP.value[static_cast<std::size_t>(t)];
-    return sum;
+    // A step that only moved a variable to its other bound leaves the prices as they were, and
+    // with them every product.
+    if (mProductsValid && mPricedY == mY)
+        return;
+    mPricedY = mY;
+    mProductsValid = true;
+    // Row by row, so that the columns' sums do not wait on one another; a zero price adds only
+    // zeros (every coefficient is finite) and is passed over.
+    std::fill(mColumnTimesY.begin(), mColumnTimesY.begin() + mP.columns, 0.0);
+    for (int g = 0; g < mM; ++g) {
+        const double y = mY[static_cast<std::size_t>(g)];
+        if (y == 0.0)
+            continue;
+        const auto last = static_cast<std::size_t>(mRowStart[static_cast<std::size_t>(g) + 1]);
+        for (auto t = static_cast<std::size_t>(mRowStart[static_cast<std::size_t>(g)]); t < last; ++t)
+            mColumnTimesY[static_cast<std::size_t>(mRowColumn[t])] += y * mRowValue[t];
+    }
+    // A slack's column is the unit vector of its row.
+    for (int g = 0; g < mM; ++g)
+        mColumnTimesY[static_cast<std::size_t>(mP.columns + g)] = mY[static_cast<std::size_t>(g)];
 }
 
 void SimplexCore::computeAlpha(int j)
@@ -197,48 +211,60 @@ void SimplexCore::computeAlpha(int j)
     }
 }
 
-int SimplexCore::price(bool phase1, int& direction) const
+int SimplexCore::price(bool phase1, int& direction)
 {
+    columnsTimesPrices();
+    // Which way each variable may move, worked out without a branch per variable: the signs of
+    // the reduced costs follow no pattern a branch predictor could learn.
+    auto way = [&](int j) {
+        const auto u = static_cast<std::size_t>(j);
+        const double c = !phase1 && j < mP.columns ? mP.cost[u] : 0.0;
+        const double d = c - mColumnTimesY[u];
+        const bool free = (mState[u] != kBasic) & (mP.lower[u] != mP.upper[u]);
+        const bool up = free & (d < -kDualTolerance) & (mX[u] < mP.upper[u]);
+        const bool down = free & (d > kDualTolerance) & (mX[u] > mP.lower[u]);
+        return std::pair<double, int>{std::fabs(d), up ? 1 : (down ? -1 : 0)};
+    };
+    if (mBland) {
+        for (int j = 0; j < mN; ++j) {
+            if (const auto [size, dir] = way(j); dir != 0) {
+                direction = dir;
+                return j;
+            }
+        }
+        return -1;
+    }
+    // The largest |d| among the variables that may move, the first of equals; the direction only
+    // for the one chosen.
     int entering = -1;
     double best = 0.0;
     for (int j = 0; j < mN; ++j) {
         const auto u = static_cast<std::size_t>(j);
-        if (mState[u] == kBasic || isFixed(j))
-            continue;
         const double c = !phase1 && j < mP.columns ? mP.cost[u] : 0.0;
-        const double d = c - columnTimes(mY, j);
-        int dir = 0;
-        if (d < -kDualTolerance && mX[u] < mP.upper[u])
-            dir = 1;
-        else if (d > kDualTolerance && mX[u] > mP.lower[u])
-            dir = -1;
-        if (dir == 0)
-            continue;
-        if (mBland) {
-            direction = dir;
-            return j;
-        }
-        if (std::fabs(d) > best) {
-            best = std::fabs(d);
+        const double d = c - mColumnTimesY[u];
+        const bool free = (mState[u] != kBasic) & (mP.lower[u] != mP.upper[u]);
+        const bool moves = free & (((d < -kDualTolerance) & (mX[u] < mP.upper[u])) |
+                                   ((d > kDualTolerance) & (mX[u] > mP.lower[u])));
+        const std::uint64_t keep = std::uint64_t{0} - static_cast<std::uint64_t>(moves);
+        const double score = std::bit_cast<double>(std::bit_cast<std::uint64_t>(std::fabs(d)) & keep);
+        if (score > best) {
+            best = score;
             entering = j;
-            direction = dir;
         }
     }
+    if (entering >= 0)
+        direction = way(entering).second;
     return entering;
 }
 
-SimplexCore::Step SimplexCore::ratioTest(int entering, int direction, bool phase1) const
+SimplexCore::Step SimplexCore::ratioTest(int entering, int direction, bool phase1)
 {
     // Basic i moves at rate -direction * alpha[i] per unit step. Pass 1 finds the longest step that
     // keeps every basic within its bounds widened by the tolerance; pass 2 takes, among the rows
     // that block within it, the one with the largest |alpha|.
-    struct Limit {
-        double exact = 0.0;
-        double relaxed = 0.0;
-        bool toUpper = false;
-    };
-    std::vector<Limit> limits(static_cast<std::size_t>(mM));
-    std::vector<bool> blocks(static_cast<std::size_t>(mM), false);
+    std::vector<Limit>& limits = mLimits;
+    std::vector<char>& blocks = mBlocks;
+    std::fill(blocks.begin(), blocks.end(), 0);
     double thetaMax = kInfinity;
     for (int i = 0; i < mM; ++i) {
         const auto ui = static_cast<std::size_t>(i);
@@ -276,7 +302,7 @@ SimplexCore::Step SimplexCore::ratioTest(int entering, int direction, bool phase
             limit.toUpper = true;
         }
         limits[ui] = limit;
-        blocks[ui] = true;
+        blocks[ui] = 1;
         thetaMax = std::min(thetaMax, limit.relaxed);
     }
     Step step;
@@ -294,7 +320,7 @@ SimplexCore::Step SimplexCore::ratioTest(int entering, int direction, bool phase
     double largest = 0.0;
     for (int i = 0; i < mM; ++i) {
         const auto ui = static_cast<std::size_t>(i);
-        if (!blocks[ui] || limits[ui].exact > thetaMax)
+        if (blocks[ui] == 0 || limits[ui].exact > thetaMax)
             continue;
         const double a = std::fabs(mAlpha[ui]);
         const bool better =
@@ -350,6 +376,28 @@ SimplexCore::Result SimplexCore::run(int iterationLimit)
     mX.assign(static_cast<std::size_t>(mN), 0.0);
     mY.assign(m, 0.0);
     mAlpha.assign(m, 0.0);
+    mLimits.assign(m, Limit{});
+    mBlocks.assign(m, 0);
+    // A counting sort of the column walk by row keeps each row's columns ascending.
+    const auto columns = static_cast<std::size_t>(mP.columns);
+    mRowStart.assign(m + 1, 0);
+    for (const int g : mP.index)
+        ++mRowStart[static_cast<std::size_t>(g) + 1];
+    for (std::size_t g = 1; g <= m; ++g)
+        mRowStart[g] += mRowStart[g - 1];
+    mRowColumn.assign(mP.index.size(), 0);
+    mRowValue.assign(mP.index.size(), 0.0);
+    std::vector<int> next(mRowStart.begin(), mRowStart.end() - 1);
+    for (std::size_t j = 0; j < columns; ++j) {
+        for (auto t = static_cast<std::size_t>(mP.start[j]); t < static_cast<std::size_t>(mP.start[j + 1]);
+             ++t) {
+            const auto slot = static_cast<std::size_t>(next[static_cast<std::size_t>(mP.index[t])]++);
+            mRowColumn[slot] = static_cast<int>(j);
+            mRowValue[slot] = mP.value[t];
+        }
+    }
+    mColumnTimesY.assign(static_cast<std::size_t>(mN), 0.0);
+    mProductsValid = false;
     for (int j = 0; j < mP.columns; ++j) {
         const auto u = static_cast<std::size_t>(j);
         // Every column has a finite lower bound (x >= 0 at least).

@@ -36,6 +36,12 @@ public:
 
 private:
     enum State : unsigned char { kBasic, kAtLower, kAtUpper };
+    /// How far a basic variable may go before it meets a bound, exactly and within the tolerance.
+    struct Limit {
+        double exact = 0.0;
+        double relaxed = 0.0;
+        bool toUpper = false;
+    };
     struct Step {
         bool unbounded = false;
         bool flip = false;    // the entering variable only moves to its other bound
@@ -52,11 +58,12 @@ private:
     void refactor();
     void computeBasics();
     void computePrices(bool phase1);
-    double columnTimes(const std::vector<double>& y, int j) const;
+    /// Every column's product with the prices, into mColumnTimesY.
+    void columnsTimesPrices();
     void computeAlpha(int j);
     /// The entering variable and its direction (+1 up, -1 down), or -1.
-    int price(bool phase1, int& direction) const;
-    Step ratioTest(int entering, int direction, bool phase1) const;
+    int price(bool phase1, int& direction);
+    Step ratioTest(int entering, int direction, bool phase1);
     void pivot(int entering, int direction, const Step& step);
 
     const Problem& mP;
@@ -68,6 +75,15 @@ private:
     std::vector<double> mInverse; // row-major m x m
     std::vector<double> mY;
     std::vector<double> mAlpha;
+    // A by rows (each row's columns ascending), for pricing every column in one pass.
+    std::vector<int> mRowStart;
+    std::vector<int> mRowColumn;
+    std::vector<double> mRowValue;
+    std::vector<double> mColumnTimesY;
+    std::vector<double> mPricedY; // the prices mColumnTimesY was worked out from
+    bool mProductsValid = false;
+    std::vector<Limit> mLimits; // the ratio test's, per row
+    std::vector<char> mBlocks;
     int mIterations = 0;
     bool mBland = false;
 };

@@ -44,9 +44,15 @@ void SparseInverse::reset(int rows)
 
 void SparseInverse::clear()
 {
-    reset(0);
+    // Releases the storage without sizing anything to one row; reset() sizes it again.
+    mRows = 0;
+    mOverflowed = false;
+    mColumns.clear();
     mColumns.shrink_to_fit();
+    mRowPositions.clear();
     mRowPositions.shrink_to_fit();
+    mChanged.clear();
+    mPivotRow.clear();
 }
 
 void SparseInverse::setIdentity()

@@ -3,6 +3,7 @@
 #include "solver/CheckedArray.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -27,11 +28,38 @@ public:
     /// Every listed entry back to +0, none listed.
     void clear()
     {
+        if (mIndices.empty())
+            return;
+        // Listed positions lie within the size: they were checked when listed.
+        const auto values = mValues.range(0, mValues.size() - 1);
+        const auto listed = mListed.range(0, mListed.size() - 1);
         for (const int i : mIndices) {
-            mValues[i] = 0.0;
-            mListed[i] = 0;
+            values[static_cast<std::size_t>(i)] = 0.0;
+            listed[static_cast<std::size_t>(i)] = 0;
         }
         mIndices.clear();
+    }
+
+    /// Clears, then lists in ascending order each position whose bit is set in `words` (position
+    /// p is bit p % 64 of word p / 64), with its value from `from`.
+    void assignPattern(std::span<const std::uint64_t> words, std::span<const double> from)
+    {
+        clear();
+        const auto size = static_cast<std::size_t>(mValues.size());
+        if (size == 0)
+            return;
+        const auto values = mValues.range(0, mValues.size() - 1);
+        const auto listed = mListed.range(0, mListed.size() - 1);
+        for (std::size_t w = 0; w < words.size(); ++w) {
+            for (std::uint64_t bits = words[w]; bits != 0; bits &= bits - 1) {
+                const std::size_t p = w * 64 + static_cast<std::size_t>(std::countr_zero(bits));
+                if (p >= size || p >= from.size()) [[unlikely]]
+                    throwIndexOutOfRange("vector", static_cast<int>(p), static_cast<int>(size));
+                values[p] = from[p];
+                listed[p] = 1;
+                mIndices.push_back(static_cast<int>(p));
+            }
+        }
     }
 
     double operator[](int i) const { return mValues[i]; }

@@ -315,9 +315,10 @@ TEST(Explainer, StatesWhyNoExplanationCanBeGiven)
         {"unbounded tonnage", open, Explanation::Status::Unbounded,
          "The problem is unbounded: the blend's tonnage can increase without limit (sources with no tonnage "
          "limit: S1)."},
-        // The solver circles on this open ray until its pivot limit.
-        {"open objective", openObjective, Explanation::Status::NotExplained,
-         "The solver stopped at its pivot limit without an answer"},
+        // The solver stops on the open ray, where it used to circle until its pivot limit.
+        {"open objective", openObjective, Explanation::Status::Unbounded,
+         "The problem is unbounded: the objective on CaO can increase without limit (sources with no "
+         "tonnage limit: S2)."},
     };
     for (const Case& c : cases) {
         const Explanation e = Explainer(model).explain(model.run(c.problem), elementNames());

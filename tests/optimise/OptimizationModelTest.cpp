@@ -237,6 +237,54 @@ TEST(OptimizationModel, SecondMethodOnlyWhenTheClassicEndsWithoutAnOptimum)
     }
 }
 
+// Sources bought as needed (no upper row) and a product tonnage row in which one source counts
+// negatively, as a raw material with an LOI above 100 makes negative clinker: maximising takes ever
+// more of both. The classic method's ratio test still takes a row there, with the step 1e30, and
+// ends on "values" near 1e30; the optimisation reports the programme as unbounded instead.
+TEST(OptimizationModel, AnOpenRayIsReportedUnboundedNotAsABlend)
+{
+    const QString unbounded =
+        QStringLiteral("The system cannot reach an optimum, it is unbounded given the set of constraints");
+    auto problem = [](std::vector<double> weights, int mode) {
+        BlendProblem p;
+        for (const char* name : {"A", "B"}) {
+            ModelSource s;
+            s.name = name;
+            s.values = analysis({{Element::SiO2, 10}, {Element::CaO, name[0] == 'A' ? 50.0f : 40.0f}});
+            p.sources.push_back(s);
+        }
+        p.mode = mode;
+        p.element = elementIndex(Element::CaO);
+        p.tonnage = 1000;
+        p.tonnageWeights = std::move(weights);
+        return p;
+    };
+    struct Case {
+        const char* what;
+        BlendProblem problem;
+        bool solved;
+        std::vector<double> tonnes;
+    };
+    const std::vector<Case> cases = {
+        {"maximised along a ray", problem({1.0, -0.5}, 1), false, {}},
+        {"maximised along a ray, the other way round", problem({-0.5, 1.0}, 1), false, {}},
+        // Minimising over the same programmes stays bounded: 1000 t of B, or of A.
+        {"minimised, bounded", problem({1.0, -0.5}, -1), true, {1000, 0}},
+        {"all weights positive", problem({1.0, 1.0}, 1), true, {1000, 0}},
+    };
+    const OptimizationModel model;
+    for (const Case& c : cases) {
+        const OptimizationOutcome o = model.run(c.problem);
+        EXPECT_EQ(o.solved, c.solved) << c.what;
+        if (!c.solved) {
+            EXPECT_EQ(o.message, unbounded) << c.what;
+            EXPECT_EQ(o.codes[0], ClpSolve::kUnbounded) << c.what;
+        }
+        for (std::size_t j = 0; j < c.tonnes.size(); ++j)
+            EXPECT_NEAR(o.tonnes(j), c.tonnes[j], 1e-6) << c.what << ", source " << j;
+    }
+}
+
 TEST(OptimizationModel, ReportHeadNamesWhatWasDone)
 {
     EXPECT_EQ(OptimizationModel::reportHead("Blast Optimization Results", -1, "SiO2", {}),

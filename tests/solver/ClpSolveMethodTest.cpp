@@ -341,5 +341,53 @@ TEST(ClpSolveMethod, EndlessProblemsStopAtThePivotLimit)
     }
 }
 
+// Stopping on a ray changes nothing before the step along it: a bounded problem, cycling or not,
+// gives the same pivots and values; an open ray gives 2 at the pivot that would have stepped 1e30.
+TEST(ClpSolveMethod, StopOnRayEndsOnlyWhereTheRatioTestHasNoPositiveAlpha)
+{
+    struct Case {
+        const char* what;
+        LpProblem problem;
+        int stoppedCode;       // with stopOnRay
+        int stoppedIterations; // pivots made before it stopped, plus one
+    };
+    const Case cases[] = {
+        // max x1 with -x1 <= 1: x1 enters, its alpha is -1.
+        {"open ray at the first pivot", lp(1, {1}, {{{-1}, kLe, 1}}), ClpSolve::kUnbounded, 1},
+        // max x1 + x2 with x1 - x2 <= 1: x1 enters (alpha 1, x1 = 1), then x2 along the ray.
+        {"open ray at the second pivot", lp(1, {1, 1}, {{{1, -1}, kLe, 1}}), ClpSolve::kUnbounded, 2},
+        // Beale's example cycles, but every pivot has a positive alpha.
+        {"bounded and cycling",
+         lp(1, {0.75, -20, 0.5, -6},
+            {{{0.25, -8, -1, 9}, kLe, 0}, {{0.5, -12, -0.5, 3}, kLe, 0}, {{0, 0, 1, 0}, kLe, 1}}),
+         ClpSolve::kPivotLimit, 3001},
+        // Phase 1 then phase 2 on a bounded blend: min x1 + 2 x2, x1 + x2 = 10, x1 <= 4.
+        {"bounded", lp(-1, {1, 2}, {{{1, 1}, kEq, 10}, {{1, 0}, kLe, 4}}), ClpSolve::kOptimal, -1},
+    };
+    for (const Case& c : cases) {
+        ClpSolve plain, stopping;
+        ASSERT_TRUE(c.problem.loadInto(plain));
+        ASSERT_TRUE(c.problem.loadInto(stopping));
+        plain.setPivotLimit(3000);
+        stopping.setPivotLimit(3000);
+        stopping.setStopOnRay(true);
+        const Outcome without = read(plain, plain.Solve(), c.problem.columns);
+        const Outcome with = read(stopping, stopping.Solve(), c.problem.columns);
+        EXPECT_EQ(with.code, c.stoppedCode) << c.what;
+        if (c.stoppedCode == ClpSolve::kUnbounded) {
+            EXPECT_EQ(with.iterations, c.stoppedIterations) << c.what;
+            EXPECT_NE(without.code, ClpSolve::kUnbounded) << c.what << ": the method itself never says so";
+            continue;
+        }
+        if (c.stoppedIterations > 0) {
+            EXPECT_EQ(with.iterations, c.stoppedIterations) << c.what;
+        }
+        EXPECT_EQ(with.code, without.code) << c.what;
+        EXPECT_EQ(with.iterations, without.iterations) << c.what;
+        EXPECT_EQ(with.objective, without.objective) << c.what;
+        EXPECT_EQ(show(with.x), show(without.x)) << c.what;
+    }
+}
+
 } // namespace
 } // namespace kilnova

@@ -279,6 +279,54 @@ TEST_F(ClpSolveDump, IsThePrintfDumpBeforeAndAfterSolve)
     }
 }
 
+// A dump of many rows goes to the file in many batches of pieces, and its formatted text passes
+// the buffer that holds it between batches: none of that may show in the file. Full rows of
+// element coefficients (every other one with a zero between each two numbers, a piece for each)
+// and rows of one coefficient each (a few pieces of little text), in both orders, so that a batch
+// ends now on many pieces, now on much text.
+TEST_F(ClpSolveDump, AManyBatchDumpIsThePrintfDump)
+{
+    for (const bool fullRowsFirst : {true, false}) {
+        ProblemGenerator generator(917);
+        LpProblem p;
+        p.columns = 300;
+        auto fullRows = [&] {
+            for (int i = 0; i < 120; ++i) {
+                std::vector<double> row(static_cast<std::size_t>(p.columns));
+                for (std::size_t j = 0; j < row.size(); ++j)
+                    row[j] = (i % 2 == 1 && j % 2 == 0) || generator.chance(0.1) ? 0.0
+                                                                                 : generator.uniform(-60, 60);
+                p.addRow(row, i % 3 - 1, 0.0);
+            }
+        };
+        auto unitRows = [&] {
+            for (int j = 0; j < 1500; ++j) {
+                std::vector<double> row(static_cast<std::size_t>(p.columns), 0.0);
+                row[static_cast<std::size_t>(j % p.columns)] = 1.0;
+                p.addRow(row, j % 2 == 0 ? ClpSolve::kAtLeast : ClpSolve::kAtMost,
+                         generator.uniform(-10, 5000));
+            }
+        };
+        if (fullRowsFirst) {
+            fullRows();
+            unitRows();
+        } else {
+            unitRows();
+            fullRows();
+        }
+        for (int j = 0; j < p.columns; ++j)
+            p.objective.push_back(generator.uniform(-1, 80));
+        ClpSolve solver;
+        ASSERT_TRUE(p.loadInto(solver));
+        const auto file = mDirectory / "debug.txt";
+        solver.DumpToFile(file.string());
+        const std::string expected = printfDump(p);
+        ASSERT_GT(expected.size(), 4'000'000u);
+        EXPECT_TRUE(read(file) == expected)
+            << "the dump differs from printf's, full rows first: " << fullRowsFirst;
+    }
+}
+
 // A dump past its limit keeps the whole lines that fit and closes with a note giving the size of
 // the whole dump.
 TEST_F(ClpSolveDump, StopsAfterTheWholeLinesWithinItsLimit)

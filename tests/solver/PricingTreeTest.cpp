@@ -34,12 +34,16 @@ PricingTree::Choice walk(const std::vector<Column>& columns)
     return c;
 }
 
-PricingTree::Choice tree(const std::vector<Column>& columns)
+/// The choice of a PricingTree over the columns followed by `padding` ineligible ones: with enough
+/// padding the tree is searched, not walked.
+PricingTree::Choice tree(const std::vector<Column>& columns, int padding = 0)
 {
     PricingTree t;
-    t.reset(static_cast<int>(columns.size()));
+    t.reset(static_cast<int>(columns.size()) + padding);
     for (std::size_t k = 0; k < columns.size(); ++k)
         t.set(static_cast<int>(k) + 1, columns[k].reduced, columns[k].eligible);
+    for (int k = 1; k <= padding; ++k)
+        t.set(static_cast<int>(columns.size()) + k, -7.0, false);
     return t.choose();
 }
 
@@ -79,10 +83,13 @@ TEST(PricingTree, ChoosesWhereTheWalkEnds)
     for (const Case& c : cases) {
         const PricingTree::Choice expected = walk(c.columns);
         EXPECT_EQ(expected.position, c.position) << c.what << " (the walk itself)";
-        const PricingTree::Choice ours = tree(c.columns);
-        EXPECT_EQ(ours.position, expected.position) << c.what;
-        EXPECT_EQ(std::bit_cast<std::uint32_t>(ours.minimum), std::bit_cast<std::uint32_t>(expected.minimum))
-            << c.what;
+        for (const int padding : {0, PricingTree::kWalkSize}) {
+            const PricingTree::Choice ours = tree(c.columns, padding);
+            EXPECT_EQ(ours.position, expected.position) << c.what << ", padded by " << padding;
+            EXPECT_EQ(std::bit_cast<std::uint32_t>(ours.minimum),
+                      std::bit_cast<std::uint32_t>(expected.minimum))
+                << c.what << ", padded by " << padding;
+        }
     }
 }
 
