@@ -91,6 +91,8 @@ std::optional<ProgrammeProbe::Result> byClassicMethod(const LinearProgramme& lp,
     // Far above what a blend needs (about two pivots per row and column), far below the default.
     solver.setPivotLimit(
         std::min(ClpSolve::kDefaultPivotLimit, std::max(20000, 50 * (lp.rows + lp.columns))));
+    // An open ray is an answer (unbounded), not pivots circling until the bound.
+    solver.setStopOnRay(true);
     ProgrammeProbe::Result result;
     try {
         result.code = solver.Solve();
