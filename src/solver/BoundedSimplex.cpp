@@ -238,7 +238,7 @@ BoundedSimplex::Status BoundedSimplex::Solve()
         p.upper.push_back(mKind[i] == 1 ? kInfinity : 0.0);
     }
 
-    SimplexCore core(p);
+    SimplexCore core(p, mPricing);
     const SimplexCore::Result result = core.run(50 * (n + m) + 10000);
     mIterations = core.iterations();
     if (result == SimplexCore::Result::Infeasible)

@@ -2,12 +2,11 @@
 
 #include "solver/CheckedArray.h"
 #include "solver/CoefficientMatrix.h"
+#include "solver/SimplexCore.h"
 
 #include <vector>
 
 namespace kilnova {
-
-class SimplexCore;
 
 /// The second method, used when ClpSolve ends without an optimum: a bounded-variable primal
 /// simplex in double precision.
@@ -18,7 +17,8 @@ class SimplexCore;
 ///   are bounds and only the element, target and tonnage rows are left: a few dozen rows however
 ///   many sources there are, with a dense basis inverse of that size.
 /// - Rows and columns are scaled by powers of two (exact) towards unit magnitudes.
-/// - Phase 1 minimises the sum of infeasibilities; the ratio test is Harris' two-pass test, which
+/// - Phase 1 minimises the sum of infeasibilities; pricing is Devex's; the ratio test is Harris' two-pass
+/// test, which
 ///   among the nearly blocking rows pivots on the largest element, and an entering column may
 ///   simply move to its other bound. Degenerate runs switch to Bland's rule until progress resumes.
 /// - An answer is given only after it has been checked against the programme as the caller gave
@@ -38,6 +38,8 @@ public:
     bool SetConstraint(int row, double rhs, int kind);
     bool SetObjectiveCoefficient(int column, double value);
 
+    /// Devex unless told otherwise; the plain rule stays for comparison.
+    void setPricing(SimplexCore::Pricing pricing) { mPricing = pricing; }
     Status Solve();
 
     /// The value of a column (1-based) in the answer, basic or not; 0 before an optimum.
@@ -62,6 +64,7 @@ private:
     int mRows = 0;
     int mColumns = 0;
     int mSense = 1;
+    SimplexCore::Pricing mPricing = SimplexCore::Pricing::Devex;
     CoefficientMatrix mA;
     CheckedArray<double> mRhs;
     CheckedArray<int> mKind;

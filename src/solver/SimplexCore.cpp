@@ -15,11 +15,14 @@ constexpr double kPivotTolerance = 1e-9;
 constexpr double kSingular = 1e-11;
 constexpr int kRefactorEvery = 50;
 constexpr int kDegenerateRun = 100; // steps of length zero before Bland's rule takes over
+// A weight this large means the reference framework is far behind the basis: start afresh.
+constexpr double kWeightReset = 1e6;
 
 } // namespace
 
-SimplexCore::SimplexCore(const Problem& problem)
+SimplexCore::SimplexCore(const Problem& problem, Pricing pricing)
     : mP(problem)
+    , mPricing(pricing)
     , mM(problem.rows)
     , mN(problem.columns + problem.rows)
 {
@@ -234,8 +237,9 @@ int SimplexCore::price(bool phase1, int& direction)
         }
         return -1;
     }
-    // The largest |d| among the variables that may move, the first of equals; the direction only
-    // for the one chosen.
+    // The largest |d| (or d² / weight) among the variables that may move, the first of equals; the
+    // direction only for the one chosen.
+    const bool devex = mPricing == Pricing::Devex;
     int entering = -1;
     double best = 0.0;
     for (int j = 0; j < mN; ++j) {
@@ -246,7 +250,8 @@ int SimplexCore::price(bool phase1, int& direction)
         const bool moves = free & (((d < -kDualTolerance) & (mX[u] < mP.upper[u])) |
                                    ((d > kDualTolerance) & (mX[u] > mP.lower[u])));
         const std::uint64_t keep = std::uint64_t{0} - static_cast<std::uint64_t>(moves);
-        const double score = std::bit_cast<double>(std::bit_cast<std::uint64_t>(std::fabs(d)) & keep);
+        const double merit = devex ? d * d / mWeights[u] : std::fabs(d);
+        const double score = std::bit_cast<double>(std::bit_cast<std::uint64_t>(merit) & keep);
         if (score > best) {
             best = score;
             entering = j;
@@ -366,6 +371,41 @@ void SimplexCore::pivot(int entering, int direction, const Step& step)
         for (std::size_t k = 0; k < m; ++k)
             mInverse[i * m + k] -= f * mInverse[r * m + k];
     }
+    if (mPricing == Pricing::Devex)
+        updateWeights(entering, static_cast<int>(leaving), r, pivot);
+}
+
+void SimplexCore::updateWeights(int entering, int leaving, std::size_t r, double pivotElement)
+{
+    // Row r of the new inverse is the old one divided by the pivot, so its products with the
+    // columns are the pivot row's entries relative to the pivot, which is what the update needs.
+    const auto m = static_cast<std::size_t>(mM);
+    const double* rho = &mInverse[r * m];
+    const double wq = mWeights[static_cast<std::size_t>(entering)];
+    std::fill(mPivotRow.begin(), mPivotRow.end(), 0.0);
+    for (std::size_t g = 0; g < m; ++g) {
+        const double y = rho[g];
+        if (y == 0.0)
+            continue;
+        const auto last = static_cast<std::size_t>(mRowStart[g + 1]);
+        for (auto t = static_cast<std::size_t>(mRowStart[g]); t < last; ++t)
+            mPivotRow[static_cast<std::size_t>(mRowColumn[t])] += y * mRowValue[t];
+    }
+    double largest = 0.0;
+    auto raise = [&](std::size_t u, double ratio) {
+        if (mState[u] == kBasic)
+            return;
+        mWeights[u] = std::max(mWeights[u], ratio * ratio * wq);
+        largest = std::max(largest, mWeights[u]);
+    };
+    for (std::size_t j = 0; j < static_cast<std::size_t>(mP.columns); ++j)
+        raise(j, mPivotRow[j]);
+    for (std::size_t g = 0; g < m; ++g)
+        raise(static_cast<std::size_t>(mP.columns) + g, rho[g]);
+    const auto out = static_cast<std::size_t>(leaving);
+    mWeights[out] = std::max(wq / (pivotElement * pivotElement), 1.0);
+    if (std::max(largest, mWeights[out]) > kWeightReset)
+        std::fill(mWeights.begin(), mWeights.end(), 1.0);
 }
 
 SimplexCore::Result SimplexCore::run(int iterationLimit)
@@ -378,6 +418,8 @@ SimplexCore::Result SimplexCore::run(int iterationLimit)
     mAlpha.assign(m, 0.0);
     mLimits.assign(m, Limit{});
     mBlocks.assign(m, 0);
+    mWeights.assign(static_cast<std::size_t>(mN), 1.0);
+    mPivotRow.assign(static_cast<std::size_t>(mP.columns), 0.0);
     // A counting sort of the column walk by row keeps each row's columns ascending.
     const auto columns = static_cast<std::size_t>(mP.columns);
     mRowStart.assign(m + 1, 0);
@@ -411,6 +453,7 @@ SimplexCore::Result SimplexCore::run(int iterationLimit)
     computeBasics();
     bool fresh = true;
     int degenerate = 0;
+    bool wasPhase1 = true;
     for (mIterations = 0; mIterations < iterationLimit; ++mIterations) {
         if (!fresh && mIterations % kRefactorEvery == 0) {
             refactor();
@@ -420,6 +463,10 @@ SimplexCore::Result SimplexCore::run(int iterationLimit)
         bool phase1 = false;
         for (std::size_t i = 0; i < m && !phase1; ++i)
             phase1 = outside(mHead[i], mX[static_cast<std::size_t>(mHead[i])]) != 0.0;
+        // The weights measured against phase 1's costs say little about the true ones.
+        if (wasPhase1 && !phase1)
+            std::fill(mWeights.begin(), mWeights.end(), 1.0);
+        wasPhase1 = phase1;
         computePrices(phase1);
         int direction = 0;
         const int entering = price(phase1, direction);

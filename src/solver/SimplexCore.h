@@ -26,8 +26,12 @@ public:
         std::vector<double> cost; ///< per column; slacks cost nothing
     };
     enum class Result { Optimal, Infeasible, Unbounded, IterationLimit };
+    /// How the entering variable is chosen: the largest reduced cost, or the largest relative to
+    /// Devex reference weights (an estimate of how far a unit step moves the basics), which takes
+    /// fewer iterations on blends of many sources.
+    enum class Pricing { Largest, Devex };
 
-    explicit SimplexCore(const Problem& problem);
+    explicit SimplexCore(const Problem& problem, Pricing pricing = Pricing::Devex);
 
     Result run(int iterationLimit);
     /// Every variable's value: the columns, then the slacks.
@@ -65,8 +69,12 @@ private:
     int price(bool phase1, int& direction);
     Step ratioTest(int entering, int direction, bool phase1);
     void pivot(int entering, int direction, const Step& step);
+    /// After a basis change on row r: raises each nonbasic weight by its entry in the new pivot
+    /// row and gives the leaving variable its weight.
+    void updateWeights(int entering, int leaving, std::size_t r, double pivotElement);
 
     const Problem& mP;
+    Pricing mPricing;
     int mM = 0;
     int mN = 0; // columns and slacks
     std::vector<int> mHead;
@@ -84,6 +92,8 @@ private:
     bool mProductsValid = false;
     std::vector<Limit> mLimits; // the ratio test's, per row
     std::vector<char> mBlocks;
+    std::vector<double> mWeights;  // Devex reference weights, per variable
+    std::vector<double> mPivotRow; // per structural column, scratch of updateWeights
     int mIterations = 0;
     bool mBland = false;
 };

@@ -27,15 +27,18 @@ struct Answer {
     Status status = Status::NotSolved;
     double objective = 0.0;
     std::vector<double> x;
+    int iterations = 0;
 };
 
-Answer solveSecond(const LpProblem& p)
+Answer solveSecond(const LpProblem& p, SimplexCore::Pricing pricing = SimplexCore::Pricing::Devex)
 {
     BoundedSimplex s;
     EXPECT_TRUE(p.loadInto(s));
+    s.setPricing(pricing);
     Answer a;
     a.status = s.Solve();
     a.objective = s.objective();
+    a.iterations = s.iterations();
     for (int j = 1; j <= p.columns; ++j)
         a.x.push_back(s.value(j));
     return a;
@@ -253,6 +256,45 @@ TEST(BoundedSimplex, FindsTheBlendsTheClassicMethodMisses)
     }
     EXPECT_GE(missed, 40);
     EXPECT_EQ(tally.optimal, missed);
+}
+
+// Both pricing rules reach GLPK's optimum on generated blends of each size, and the weighted rule,
+// there for the large blends, takes no more iterations in all than the largest reduced cost.
+TEST(BoundedSimplex, PricingRulesReachTheSameOptima)
+{
+    struct Size {
+        int sources;
+        int elements;
+        int count;
+    };
+    using Pricing = SimplexCore::Pricing;
+    for (const Size size : {Size{20, 5, 16}, Size{50, 8, 12}, Size{200, 10, 8}, Size{1000, 10, 3}}) {
+        ProblemGenerator generator(static_cast<std::uint32_t>(7 * size.sources + size.elements));
+        int iterations[2] = {0, 0};
+        int optimal = 0;
+        for (int k = 0; k < size.count; ++k) {
+            const auto mode = k % 2 == 0 ? BlendCase::Minimize : BlendCase::Maximize;
+            const LpProblem lp = generator.blend(size.sources, size.elements, mode, true).programmes().first;
+            const GlpkOracle glpk = GlpkOracle::solve(lp);
+            if (glpk.verdict != Verdict::Optimal)
+                continue;
+            ++optimal;
+            const std::string what = std::to_string(size.sources) + " sources, blend " + std::to_string(k);
+            double terms = 1.0;
+            for (std::size_t j = 0; j < lp.objective.size(); ++j)
+                terms += std::abs(lp.objective[j] * glpk.x[j]);
+            for (const Pricing pricing : {Pricing::Largest, Pricing::Devex}) {
+                const Answer a = solveSecond(lp, pricing);
+                const char* rule = pricing == Pricing::Devex ? " (Devex)" : " (largest)";
+                ASSERT_EQ(a.status, Status::Optimal) << what << rule;
+                EXPECT_NEAR(a.objective, glpk.objective, 1e-7 * terms) << what << rule;
+                EXPECT_LE(worstViolation(lp, a.x), BoundedSimplex::kCheckTolerance) << what << rule;
+                iterations[pricing == Pricing::Devex] += a.iterations;
+            }
+        }
+        EXPECT_GE(optimal, size.count / 2) << size.sources << " sources";
+        EXPECT_LE(iterations[1], iterations[0]) << size.sources << " sources";
+    }
 }
 
 TEST(BoundedSimplex, GeneralProblemsAgreeWithGlpk)
