@@ -155,6 +155,7 @@ BoundedSimplex::Status BoundedSimplex::Solve()
     mIterations = 0;
     mObjective = 0.0;
     mLargestViolation = 0.0;
+    mReducedCostDrift = 0.0;
     std::fill(mX.begin(), mX.end(), 0.0);
     bool finite = mA.allFinite();
     for (int i = 1; i <= mRows; ++i)
@@ -241,6 +242,7 @@ BoundedSimplex::Status BoundedSimplex::Solve()
     SimplexCore core(p, mPricing);
     const SimplexCore::Result result = core.run(50 * (n + m) + 10000);
     mIterations = core.iterations();
+    mReducedCostDrift = core.reducedCostDrift();
     if (result == SimplexCore::Result::Infeasible)
         return Status::Infeasible;
     if (result == SimplexCore::Result::Unbounded)

@@ -17,10 +17,11 @@ namespace kilnova {
 ///   are bounds and only the element, target and tonnage rows are left: a few dozen rows however
 ///   many sources there are, with a dense basis inverse of that size.
 /// - Rows and columns are scaled by powers of two (exact) towards unit magnitudes.
-/// - Phase 1 minimises the sum of infeasibilities; pricing is Devex's; the ratio test is Harris' two-pass
-/// test, which
-///   among the nearly blocking rows pivots on the largest element, and an entering column may
-///   simply move to its other bound. Degenerate runs switch to Bland's rule until progress resumes.
+/// - Phase 1 minimises the sum of infeasibilities; phase 2 carries its reduced costs across pivots
+///   by the pivot row, computing them afresh with each new inverse and before an optimum is
+///   declared; pricing is Devex's; the ratio test is Harris' two-pass test, which among the
+///   nearly blocking rows pivots on the largest element, and an entering column may simply move
+///   to its other bound. Degenerate runs switch to Bland's rule until progress resumes.
 /// - An answer is given only after it has been checked against the programme as the caller gave
 ///   it: every row and bound, to a relative tolerance of 1e-7.
 class BoundedSimplex final {
@@ -50,6 +51,9 @@ public:
     /// The largest violation of a row or bound found by the final check, relative to the row's
     /// magnitude (see Solve).
     double largestViolation() const { return mLargestViolation; }
+    /// How far the reduced costs carried across pivots drifted from those computed afresh, on
+    /// the scaled costs (largest magnitude 1); see SimplexCore::reducedCostDrift.
+    double reducedCostDrift() const { return mReducedCostDrift; }
 
     /// Relative tolerance of the final check.
     static constexpr double kCheckTolerance = 1e-7;
@@ -74,6 +78,7 @@ private:
     double mObjective = 0.0;
     int mIterations = 0;
     double mLargestViolation = 0.0;
+    double mReducedCostDrift = 0.0;
 };
 
 } // namespace kilnova

@@ -44,9 +44,10 @@ double SimplexCore::outside(int j, double v) const
     return 0.0;
 }
 
-void SimplexCore::refactor()
+bool SimplexCore::refactor()
 {
     const auto m = static_cast<std::size_t>(mM);
+    bool kept = true;
     for (int attempt = 0; attempt <= mM; ++attempt) {
         // Gauss-Jordan with partial pivoting on [B | I].
         std::vector<double> b(m * m, 0.0);
@@ -105,7 +106,7 @@ void SimplexCore::refactor()
                 std::copy_n(inv.begin() + static_cast<std::ptrdiff_t>(static_cast<std::size_t>(rowOf[c]) * m),
                             m, ordered.begin() + static_cast<std::ptrdiff_t>(c * m));
             inv.swap(ordered);
-            return;
+            return kept;
         }
         // Replace the dependent column by the slack of a row no pivot has covered.
         const int column = mHead[static_cast<std::size_t>(dependent)];
@@ -124,7 +125,9 @@ void SimplexCore::refactor()
                                                        std::fabs(mX[static_cast<std::size_t>(column)] - u));
         mState[static_cast<std::size_t>(column)] = toLower ? kAtLower : kAtUpper;
         mX[static_cast<std::size_t>(column)] = toLower ? l : u;
+        kept = false;
     }
+    return kept;
 }
 
 void SimplexCore::computeBasics()
@@ -195,6 +198,16 @@ void SimplexCore::columnsTimesPrices()
         mColumnTimesY[static_cast<std::size_t>(mP.columns + g)] = mY[static_cast<std::size_t>(g)];
 }
 
+void SimplexCore::computeReducedCosts(bool phase1)
+{
+    columnsTimesPrices();
+    for (int j = 0; j < mN; ++j) {
+        const auto u = static_cast<std::size_t>(j);
+        const double c = !phase1 && j < mP.columns ? mP.cost[u] : 0.0;
+        mReduced[u] = c - mColumnTimesY[u];
+    }
+}
+
 void SimplexCore::computeAlpha(int j)
 {
     const auto m = static_cast<std::size_t>(mM);
@@ -214,15 +227,13 @@ void SimplexCore::computeAlpha(int j)
     }
 }
 
-int SimplexCore::price(bool phase1, int& direction)
+int SimplexCore::price(int& direction)
 {
-    columnsTimesPrices();
     // Which way each variable may move, worked out without a branch per variable: the signs of
     // the reduced costs follow no pattern a branch predictor could learn.
     auto way = [&](int j) {
         const auto u = static_cast<std::size_t>(j);
-        const double c = !phase1 && j < mP.columns ? mP.cost[u] : 0.0;
-        const double d = c - mColumnTimesY[u];
+        const double d = mReduced[u];
         const bool free = (mState[u] != kBasic) & (mP.lower[u] != mP.upper[u]);
         const bool up = free & (d < -kDualTolerance) & (mX[u] < mP.upper[u]);
         const bool down = free & (d > kDualTolerance) & (mX[u] > mP.lower[u]);
@@ -244,8 +255,7 @@ int SimplexCore::price(bool phase1, int& direction)
     double best = 0.0;
     for (int j = 0; j < mN; ++j) {
         const auto u = static_cast<std::size_t>(j);
-        const double c = !phase1 && j < mP.columns ? mP.cost[u] : 0.0;
-        const double d = c - mColumnTimesY[u];
+        const double d = mReduced[u];
         const bool free = (mState[u] != kBasic) & (mP.lower[u] != mP.upper[u]);
         const bool moves = free & (((d < -kDualTolerance) & (mX[u] < mP.upper[u])) |
                                    ((d > kDualTolerance) & (mX[u] > mP.lower[u])));
@@ -371,17 +381,20 @@ void SimplexCore::pivot(int entering, int direction, const Step& step)
         for (std::size_t k = 0; k < m; ++k)
             mInverse[i * m + k] -= f * mInverse[r * m + k];
     }
+    if (mPricing == Pricing::Devex || mReducedValid)
+        computePivotRow(r);
+    if (mReducedValid)
+        updateReducedCosts(entering, static_cast<int>(leaving), r, pivot);
     if (mPricing == Pricing::Devex)
         updateWeights(entering, static_cast<int>(leaving), r, pivot);
 }
 
-void SimplexCore::updateWeights(int entering, int leaving, std::size_t r, double pivotElement)
+void SimplexCore::computePivotRow(std::size_t r)
 {
     // Row r of the new inverse is the old one divided by the pivot, so its products with the
-    // columns are the pivot row's entries relative to the pivot, which is what the update needs.
+    // columns are the pivot row's entries relative to the pivot, which is what both updates need.
     const auto m = static_cast<std::size_t>(mM);
     const double* rho = &mInverse[r * m];
-    const double wq = mWeights[static_cast<std::size_t>(entering)];
     std::fill(mPivotRow.begin(), mPivotRow.end(), 0.0);
     for (std::size_t g = 0; g < m; ++g) {
         const double y = rho[g];
@@ -391,6 +404,31 @@ void SimplexCore::updateWeights(int entering, int leaving, std::size_t r, double
         for (auto t = static_cast<std::size_t>(mRowStart[g]); t < last; ++t)
             mPivotRow[static_cast<std::size_t>(mRowColumn[t])] += y * mRowValue[t];
     }
+}
+
+void SimplexCore::updateReducedCosts(int entering, int leaving, std::size_t r, double pivotElement)
+{
+    // d_j -= d_q * alpha_rj / alpha_rq: the prices move by d_q times row r of the new inverse,
+    // which costs one pass over the variables instead of the prices and every column's product.
+    const auto m = static_cast<std::size_t>(mM);
+    const double* rho = &mInverse[r * m];
+    const auto q = static_cast<std::size_t>(entering);
+    const double dq = mReduced[q];
+    const auto columns = static_cast<std::size_t>(mP.columns);
+    for (std::size_t j = 0; j < columns; ++j)
+        mReduced[j] -= dq * mPivotRow[j];
+    for (std::size_t g = 0; g < m; ++g)
+        mReduced[columns + g] -= dq * rho[g];
+    // Basics' values are never read; these two are known exactly.
+    mReduced[q] = 0.0;
+    mReduced[static_cast<std::size_t>(leaving)] = -dq / pivotElement;
+}
+
+void SimplexCore::updateWeights(int entering, int leaving, std::size_t r, double pivotElement)
+{
+    const auto m = static_cast<std::size_t>(mM);
+    const double* rho = &mInverse[r * m];
+    const double wq = mWeights[static_cast<std::size_t>(entering)];
     double largest = 0.0;
     auto raise = [&](std::size_t u, double ratio) {
         if (mState[u] == kBasic)
@@ -420,6 +458,10 @@ SimplexCore::Result SimplexCore::run(int iterationLimit)
     mBlocks.assign(m, 0);
     mWeights.assign(static_cast<std::size_t>(mN), 1.0);
     mPivotRow.assign(static_cast<std::size_t>(mP.columns), 0.0);
+    mReduced.assign(static_cast<std::size_t>(mN), 0.0);
+    mReducedValid = false;
+    mReducedCarried = false;
+    mDrift = 0.0;
     // A counting sort of the column walk by row keeps each row's columns ascending.
     const auto columns = static_cast<std::size_t>(mP.columns);
     mRowStart.assign(m + 1, 0);
@@ -449,17 +491,22 @@ SimplexCore::Result SimplexCore::run(int iterationLimit)
         mHead[i] = mP.columns + static_cast<int>(i);
         mState[static_cast<std::size_t>(mHead[i])] = kBasic;
     }
-    refactor();
-    computeBasics();
-    bool fresh = true;
+    // A new inverse brings phase 2's reduced costs back to values computed from the prices; the
+    // carried ones are compared with them where the basis stayed the same.
+    bool fresh = false;
+    auto rebuild = [&] {
+        const bool kept = refactor();
+        computeBasics();
+        fresh = true;
+        mReducedCarried = mReducedValid && kept;
+        mReducedValid = false;
+    };
+    rebuild();
     int degenerate = 0;
     bool wasPhase1 = true;
     for (mIterations = 0; mIterations < iterationLimit; ++mIterations) {
-        if (!fresh && mIterations % kRefactorEvery == 0) {
-            refactor();
-            computeBasics();
-            fresh = true;
-        }
+        if (!fresh && mIterations % kRefactorEvery == 0)
+            rebuild();
         bool phase1 = false;
         for (std::size_t i = 0; i < m && !phase1; ++i)
             phase1 = outside(mHead[i], mX[static_cast<std::size_t>(mHead[i])]) != 0.0;
@@ -467,15 +514,32 @@ SimplexCore::Result SimplexCore::run(int iterationLimit)
         if (wasPhase1 && !phase1)
             std::fill(mWeights.begin(), mWeights.end(), 1.0);
         wasPhase1 = phase1;
-        computePrices(phase1);
+        // Phase 1's costs change whenever a basic reaches its bounds, so its reduced costs are
+        // computed afresh each time; phase 2's are carried across pivots.
+        if (phase1) {
+            mReducedValid = false;
+            mReducedCarried = false;
+            computePrices(true);
+            computeReducedCosts(true);
+        } else if (!mReducedValid) {
+            if (mReducedCarried)
+                mCarried = mReduced;
+            computePrices(false);
+            computeReducedCosts(false);
+            if (mReducedCarried) {
+                for (std::size_t u = 0; u < static_cast<std::size_t>(mN); ++u)
+                    if (mState[u] != kBasic)
+                        mDrift = std::max(mDrift, std::fabs(mCarried[u] - mReduced[u]));
+            }
+            mReducedValid = true;
+            mReducedCarried = false;
+        }
         int direction = 0;
-        const int entering = price(phase1, direction);
+        const int entering = price(direction);
         if (entering < 0) {
             // Decided on values computed afresh only.
             if (!fresh) {
-                refactor();
-                computeBasics();
-                fresh = true;
+                rebuild();
                 continue;
             }
             return phase1 ? Result::Infeasible : Result::Optimal;
@@ -484,9 +548,7 @@ SimplexCore::Result SimplexCore::run(int iterationLimit)
         const Step step = ratioTest(entering, direction, phase1);
         if (step.unbounded) {
             if (!fresh) {
-                refactor();
-                computeBasics();
-                fresh = true;
+                rebuild();
                 continue;
             }
             return Result::Unbounded;

@@ -37,6 +37,10 @@ public:
     /// Every variable's value: the columns, then the slacks.
     const std::vector<double>& values() const { return mX; }
     int iterations() const { return mIterations; }
+    /// The largest gap seen between a reduced cost carried from pivot to pivot and the same one
+    /// computed afresh from the prices (each time the basis is refactorised and before optimality
+    /// is declared): how far the update drifts.
+    double reducedCostDrift() const { return mDrift; }
 
 private:
     enum State : unsigned char { kBasic, kAtLower, kAtUpper };
@@ -58,19 +62,27 @@ private:
     double tolerance(double bound) const;
     /// How far a value lies outside its variable's bounds: below (< 0), above (> 0) or 0.
     double outside(int j, double v) const;
-    /// The inverse of the basis, replacing by slacks the columns that make it singular.
-    void refactor();
+    /// The inverse of the basis, replacing by slacks the columns that make it singular; false when
+    /// it had to.
+    bool refactor();
     void computeBasics();
     void computePrices(bool phase1);
     /// Every column's product with the prices, into mColumnTimesY.
     void columnsTimesPrices();
+    /// Every reduced cost from the prices, into mReduced.
+    void computeReducedCosts(bool phase1);
+    /// Row r of the inverse (already divided by the pivot) times every structural column, into
+    /// mPivotRow: the pivot row relative to the pivot.
+    void computePivotRow(std::size_t r);
+    /// Carries phase 2's reduced costs across the basis change on row r.
+    void updateReducedCosts(int entering, int leaving, std::size_t r, double pivotElement);
     void computeAlpha(int j);
-    /// The entering variable and its direction (+1 up, -1 down), or -1.
-    int price(bool phase1, int& direction);
+    /// The entering variable by mReduced and its direction (+1 up, -1 down), or -1.
+    int price(int& direction);
     Step ratioTest(int entering, int direction, bool phase1);
     void pivot(int entering, int direction, const Step& step);
-    /// After a basis change on row r: raises each nonbasic weight by its entry in the new pivot
-    /// row and gives the leaving variable its weight.
+    /// After a basis change on row r, with mPivotRow computed: raises each nonbasic weight by its
+    /// entry in the new pivot row and gives the leaving variable its weight.
     void updateWeights(int entering, int leaving, std::size_t r, double pivotElement);
 
     const Problem& mP;
@@ -93,7 +105,13 @@ private:
     std::vector<Limit> mLimits; // the ratio test's, per row
     std::vector<char> mBlocks;
     std::vector<double> mWeights;  // Devex reference weights, per variable
-    std::vector<double> mPivotRow; // per structural column, scratch of updateWeights
+    std::vector<double> mPivotRow; // per structural column, for the weights and the reduced costs
+    std::vector<double> mReduced;  // per variable; basics' are not used
+    std::vector<double> mCarried;  // the carried ones, kept to measure the drift
+    // mReduced holds phase 2's reduced costs, carried from pivot to pivot since they were computed.
+    bool mReducedCarried = false;
+    bool mReducedValid = false;
+    double mDrift = 0.0;
     int mIterations = 0;
     bool mBland = false;
 };
