@@ -8,6 +8,7 @@
 // the share of the time spent outside the solver and the dump's share of its run.
 
 #include "ChildProcess.h"
+#include "FixtureCache.h"
 #include "GeneratedQuarry.h"
 
 #include "chemistry/ChemistryFunctions.h"
@@ -147,32 +148,14 @@ struct Kiln {
     }
 };
 
-std::map<int, std::unique_ptr<Kiln>>& kilns()
-{
-    static std::map<int, std::unique_ptr<Kiln>> all;
-    return all;
-}
-
 Kiln& kiln(int sources)
 {
-    auto& k = kilns()[sources];
-    if (!k)
-        k = std::make_unique<Kiln>(sources);
-    return *k;
-}
-
-std::map<int, std::unique_ptr<Quarry>>& quarries()
-{
-    static std::map<int, std::unique_ptr<Quarry>> all;
-    return all;
+    return fixture<Kiln>(sources);
 }
 
 Quarry& quarry(int blasts)
 {
-    auto& q = quarries()[blasts];
-    if (!q)
-        q = std::make_unique<Quarry>(blasts);
-    return *q;
+    return fixture<Quarry>(blasts);
 }
 
 /// A bed of 10,000 t per ten blasts, up to 250,000 t: what a plant stacks, and a tonnage the classic
@@ -321,7 +304,7 @@ int main(int argc, char** argv)
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    kilnova::quarries().clear(); // the databases close while Qt is still there
-    kilnova::kilns().clear();
+    kilnova::fixtures<kilnova::Quarry>().clear(); // the databases close while Qt is still there
+    kilnova::fixtures<kilnova::Kiln>().clear();
     return 0;
 }

@@ -3,6 +3,8 @@
 // stockpiles and 5 additives, with limits on 6 elements of the crude and 6 of what stays in the
 // piles. scripts/run-bench prints the share of the time spent outside the solver.
 
+#include "FixtureCache.h"
+
 #include "database/ProjectDatabase.h"
 #include "database/RecordTable.h"
 #include "database/Transaction.h"
@@ -14,7 +16,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <map>
 #include <memory>
 
 namespace kilnova {
@@ -122,18 +123,9 @@ struct Yard {
     }
 };
 
-std::map<int, std::unique_ptr<Yard>>& yards()
-{
-    static std::map<int, std::unique_ptr<Yard>> all;
-    return all;
-}
-
 Yard& yard(int piles)
 {
-    auto& y = yards()[piles];
-    if (!y)
-        y = std::make_unique<Yard>(piles);
-    return *y;
+    return fixture<Yard>(piles);
 }
 
 } // namespace
@@ -184,6 +176,6 @@ int main(int argc, char** argv)
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     benchmark::Shutdown();
-    kilnova::yards().clear(); // the databases close while Qt is still there
+    kilnova::fixtures<kilnova::Yard>().clear(); // the databases close while Qt is still there
     return 0;
 }
