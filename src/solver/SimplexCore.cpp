@@ -234,9 +234,9 @@ int SimplexCore::price(int& direction)
     auto way = [&](int j) {
         const auto u = static_cast<std::size_t>(j);
         const double d = mReduced[u];
-        const bool free = (mState[u] != kBasic) & (mP.lower[u] != mP.upper[u]);
-        const bool up = free & (d < -kDualTolerance) & (mX[u] < mP.upper[u]);
-        const bool down = free & (d > kDualTolerance) & (mX[u] > mP.lower[u]);
+        const int free = int{mState[u] != kBasic} & int{mP.lower[u] != mP.upper[u]};
+        const int up = free & int{d < -kDualTolerance} & int{mX[u] < mP.upper[u]};
+        const int down = free & int{d > kDualTolerance} & int{mX[u] > mP.lower[u]};
         return std::pair<double, int>{std::fabs(d), up ? 1 : (down ? -1 : 0)};
     };
     if (mBland) {
@@ -256,9 +256,9 @@ int SimplexCore::price(int& direction)
     for (int j = 0; j < mN; ++j) {
         const auto u = static_cast<std::size_t>(j);
         const double d = mReduced[u];
-        const bool free = (mState[u] != kBasic) & (mP.lower[u] != mP.upper[u]);
-        const bool moves = free & (((d < -kDualTolerance) & (mX[u] < mP.upper[u])) |
-                                   ((d > kDualTolerance) & (mX[u] > mP.lower[u])));
+        const int free = int{mState[u] != kBasic} & int{mP.lower[u] != mP.upper[u]};
+        const int moves = free & ((int{d < -kDualTolerance} & int{mX[u] < mP.upper[u]}) |
+                                  (int{d > kDualTolerance} & int{mX[u] > mP.lower[u]}));
         const std::uint64_t keep = std::uint64_t{0} - static_cast<std::uint64_t>(moves);
         const double merit = devex ? d * d / mWeights[u] : std::fabs(d);
         const double score = std::bit_cast<double>(std::bit_cast<std::uint64_t>(merit) & keep);
