@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <future>
 
 namespace kilnova {
 
@@ -283,17 +284,23 @@ OptimizationOutcome OptimizationModel::run(const BlendProblem& r,
         outcome.message = message(Msg::CannotInitialize);
         return outcome;
     }
-    if (beforeSolve)
-        beforeSolve(lp1);
+    // What follows a step along a ray is no blend: the programme is unbounded (a source that makes
+    // negative product tonnes, say).
+    lp1.setStopOnRay(true);
+    lp2.setStopOnRay(true);
     int code1 = 0, code2 = 0;
     bool stopped = false;
     try {
-        // What follows a step along a ray is no blend: the programme is unbounded (a source that
-        // makes negative product tonnes, say).
-        lp1.setStopOnRay(true);
-        lp2.setStopOnRay(true);
-        code1 = lp1.Solve();
+        // The first programme is handed over (written to the debug file) while the second one is
+        // solved: the two share nothing, and a dump of thousands of sources takes as long as a solve.
+        // It is done before the first programme is solved, which changes it.
+        std::future<void> handedOver;
+        if (beforeSolve)
+            handedOver = std::async(std::launch::async, [&beforeSolve, &lp1] { beforeSolve(lp1); });
         code2 = lp2.Solve();
+        if (handedOver.valid())
+            handedOver.get();
+        code1 = lp1.Solve();
         outcome.codes = {code1, code2};
     } catch (const std::invalid_argument&) {
         stopped = true;

@@ -87,7 +87,8 @@ public:
     }
 
     /// Checks, builds and solves both programmes and chooses the solution. `beforeSolve` receives
-    /// the first programme once it is loaded (the debug dump).
+    /// the first programme once it is loaded (the debug dump), on a thread of its own while the
+    /// second programme is solved, and returns before the first is solved.
     OptimizationOutcome run(const BlendProblem& problem,
                             const std::function<void(const ClpSolve&)>& beforeSolve = {}) const;
     OptimizationOutcome run(const OptimizationRequest& request,
