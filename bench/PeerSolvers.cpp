@@ -122,7 +122,7 @@ double solveWithClp(const PreparedProblem& p, double seconds)
     return model.objectiveValue();
 }
 
-double solveWithGlpk(const PreparedProblem& p, double seconds)
+double solveWithGlpk(const PreparedProblem& p, double seconds, int* iterations)
 {
     glp_term_out(GLP_OFF);
     glp_prob* lp = glp_create_prob();
@@ -150,7 +150,10 @@ double solveWithGlpk(const PreparedProblem& p, double seconds)
     if (seconds > 0)
         parm.tm_lim = static_cast<int>(seconds * 1000);
     double result = kNotOptimal;
-    if (glp_simplex(lp, &parm) == 0 && glp_get_status(lp) == GLP_OPT) {
+    const int code = glp_simplex(lp, &parm);
+    if (iterations != nullptr)
+        *iterations = glp_get_it_cnt(lp);
+    if (code == 0 && glp_get_status(lp) == GLP_OPT) {
         for (int j = 1; j <= p.columns; ++j)
             benchmark::DoNotOptimize(glp_get_col_prim(lp, j));
         result = glp_get_obj_val(lp);

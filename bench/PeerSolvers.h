@@ -37,6 +37,7 @@ PreparedProblem prepare(const SparseProblem& problem);
 /// peers (0: none).
 double solveWithKilnova(const PreparedProblem& problem);
 double solveWithClp(const PreparedProblem& problem, double seconds = 0.0);
-double solveWithGlpk(const PreparedProblem& problem, double seconds = 0.0);
+/// `iterations`, when given, receives the simplex iterations GLPK took.
+double solveWithGlpk(const PreparedProblem& problem, double seconds = 0.0, int* iterations = nullptr);
 
 } // namespace kilnova::bench

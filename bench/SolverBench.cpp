@@ -19,6 +19,7 @@
 #include <ctime>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace kilnova::bench {
@@ -35,7 +36,8 @@ constexpr int kProblemsPerSize = 12;
 constexpr double kUsable = 10.0;
 constexpr int kLadder[] = {500, 1000, 2000, 5000, 10000, 20000};
 
-double classicAlone(const PreparedProblem& p)
+/// The classic method alone: its objective (NaN without an optimum) and the iterations it took.
+std::pair<double, int> classicAlone(const PreparedProblem& p)
 {
     ClpSolve solver;
     const auto count = [&p](int kind) {
@@ -52,7 +54,8 @@ double classicAlone(const PreparedProblem& p)
     for (int j = 0; j < p.columns; ++j)
         solver.SetObjectiveCoefficient(j + 1, p.objective[static_cast<std::size_t>(j)]);
     solver.setStopOnRay(true);
-    return solver.Solve() == ClpSolve::kOptimal ? solver.GetObjectiveValue() : std::nan("");
+    const bool optimal = solver.Solve() == ClpSolve::kOptimal;
+    return {optimal ? solver.GetObjectiveValue() : std::nan(""), solver.iterations()};
 }
 
 bool sameObjective(double ours, double glpk)
@@ -71,28 +74,37 @@ Workload makeWorkload(Size size)
     ProblemGenerator generator(static_cast<std::uint32_t>(1000 * size.sources + size.elements));
     Workload w;
     int glpkOptimal = 0, oursFailed = 0, classicFailed = 0, clpFailed = 0, oursDiffer = 0, clpDiffer = 0;
+    // Iterations over the blends both the classic method and GLPK solve.
+    long classicIterations = 0, glpkIterations = 0;
     for (int k = 0; k < kProblemsPerSize; ++k) {
         const auto mode = k % 2 == 0 ? BlendCase::Minimize : BlendCase::Maximize;
         w.problems.push_back(
             prepare(generator.blend(size.sources, size.elements, mode, true).sparseProgramme(1)));
         const PreparedProblem& p = w.problems.back();
-        const double glpk = solveWithGlpk(p);
+        int glpkTook = 0;
+        const double glpk = solveWithGlpk(p, 0.0, &glpkTook);
         if (std::isnan(glpk))
             continue;
         ++glpkOptimal;
         const double ours = solveWithKilnova(p);
         const double clp = solveWithClp(p);
+        const auto [classic, classicTook] = classicAlone(p);
         oursFailed += std::isnan(ours);
-        classicFailed += std::isnan(classicAlone(p));
+        classicFailed += std::isnan(classic);
+        if (!std::isnan(classic)) {
+            classicIterations += classicTook;
+            glpkIterations += glpkTook;
+        }
         clpFailed += std::isnan(clp);
         oursDiffer += !std::isnan(ours) && !sameObjective(ours, glpk);
         clpDiffer += !std::isnan(clp) && !sameObjective(clp, glpk);
     }
     std::fprintf(stderr,
                  "blend_%dx%d: %d problems, GLPK optimal on %d; of those without an optimum: Kilnova %d "
-                 "(ClpSolve alone %d), CLP %d; objective off GLPK's: Kilnova %d, CLP %d\n",
+                 "(ClpSolve alone %d), CLP %d; objective off GLPK's: Kilnova %d, CLP %d; iterations where "
+                 "both solve: ClpSolve %ld, GLPK %ld\n",
                  size.sources, size.elements, kProblemsPerSize, glpkOptimal, oursFailed, classicFailed,
-                 clpFailed, oursDiffer, clpDiffer);
+                 clpFailed, oursDiffer, clpDiffer, classicIterations, glpkIterations);
     return w;
 }
 
