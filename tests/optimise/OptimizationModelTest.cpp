@@ -2,7 +2,12 @@
 #include "common/MessageTable.h"
 #include "solver/ClpSolve.h"
 
+#include <QFile>
+#include <QTemporaryDir>
 #include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
 
 namespace kilnova {
 namespace {
@@ -283,6 +288,36 @@ TEST(OptimizationModel, AnOpenRayIsReportedUnboundedNotAsABlend)
         for (std::size_t j = 0; j < c.tonnes.size(); ++j)
             EXPECT_NEAR(o.tonnes(j), c.tonnes[j], 1e-6) << c.what << ", source " << j;
     }
+}
+
+// The debug dump is written beside the solve of the second programme; it must still get the first
+// programme as built (the solve reorders its rows), and be whole when run() returns.
+TEST(OptimizationModel, DebugDumpGetsTheFirstProgrammeBeforeItIsSolved)
+{
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    const OptimizationModel model;
+    const OptimizationRequest r = twoBlasts(-1);
+    const auto dump = OptimizationModel::debugDump(dir.filePath("debug.txt"));
+    const OptimizationOutcome out = model.run(r, [&dump](const ClpSolve& lp1) {
+        // Slow on purpose: what runs beside the dump has ended by the time it reads the programme.
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        dump(lp1);
+    });
+    ASSERT_TRUE(out.solved) << out.message.toStdString();
+    EXPECT_NEAR(out.tonnes(0), 500, 1e-3);
+
+    ClpSolve built;
+    ASSERT_TRUE(model.build(r, 1).loadInto(built));
+    built.DumpToFile(dir.filePath("built.txt").toStdString());
+    QFile written(dir.filePath("debug.txt"));
+    QFile expected(dir.filePath("built.txt"));
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+    ASSERT_TRUE(expected.open(QIODevice::ReadOnly));
+    const QByteArray text = written.readAll();
+    EXPECT_EQ(text.toStdString(), expected.readAll().toStdString());
+    // The element's lower row second, as built: the solve moves the at-most rows ahead of it.
+    EXPECT_EQ(text.split('\n').value(1).toStdString(), "     -2.00      8.00      0.00 IBT:   -1");
 }
 
 TEST(OptimizationModel, ReportHeadNamesWhatWasDone)
