@@ -94,6 +94,11 @@ double solveWithKilnova(const PreparedProblem& p)
             return classic.GetObjectiveValue();
         }
     }
+    return solveWithSecondMethod(p);
+}
+
+double solveWithSecondMethod(const PreparedProblem& p)
+{
     BoundedSimplex second;
     load(p, second);
     if (second.Solve() != BoundedSimplex::Status::Optimal)

@@ -36,6 +36,8 @@ PreparedProblem prepare(const SparseProblem& problem);
 /// presolve (CLP's costs more than it saves at these sizes). A time limit in seconds stops the
 /// peers (0: none).
 double solveWithKilnova(const PreparedProblem& problem);
+/// Kilnova's second method alone, as if the classic one had ended without an optimum.
+double solveWithSecondMethod(const PreparedProblem& problem);
 double solveWithClp(const PreparedProblem& problem, double seconds = 0.0);
 /// `iterations`, when given, receives the simplex iterations GLPK took.
 double solveWithGlpk(const PreparedProblem& problem, double seconds = 0.0, int* iterations = nullptr);
